@@ -1,0 +1,136 @@
+#include "KeptFiles.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "fsutil/files.h"
+#include "fsutil/paths.h"
+#include "platform/platform.h"
+#include "report.h"
+
+namespace platform = tvxconv::platform;
+namespace fsutil = tvxconv::fsutil;
+
+namespace {
+
+constexpr const char* kFolderName = "/tvxconv-old-files";
+
+std::string lowerCased(const std::string& text) {
+    std::string result;
+    fsutil::toLowerCase(text, result);
+    return result;
+}
+
+bool isOneFile(const std::string& a, const std::string& b) {
+    platform::FileStatus first;
+    platform::FileStatus second;
+    return platform::getStatus(a.c_str(), first) == 0 && platform::getStatus(b.c_str(), second) == 0 &&
+           platform::isSameFile(first, second);
+}
+
+class OpenFile {
+public:
+    explicit OpenFile(const std::string& path) {
+        platform::openForReading(path.c_str(), platform::FileMode::binary, descriptor_);
+    }
+    ~OpenFile() {
+        if (descriptor_ != -1) platform::closeFile(descriptor_);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    bool isOpen() const { return descriptor_ != -1; }
+
+    // Fills the block unless the file ends; the bytes read, -1 on failure.
+    std::int64_t read(char* block, std::size_t size) const {
+        std::size_t filled = 0;
+        while (filled < size) {
+            const std::int64_t got = platform::readSome(descriptor_, block + filled, size - filled);
+            if (got < 0) return -1;
+            if (got == 0) break;
+            filled += static_cast<std::size_t>(got);
+        }
+        return static_cast<std::int64_t>(filled);
+    }
+
+private:
+    int descriptor_ = -1;
+};
+
+}  // namespace
+
+KeptFiles::KeptFiles(const std::string& projectDir) : folder_(projectDir + kFolderName) {}
+
+bool KeptFiles::begin(std::string& reason) {
+    if (fsutil::checkPath(folder_.c_str(), 0, fsutil::kExists) == 0) {
+        reason = "the folder " + inQuotes(folder_) +
+                 " is there: another run works on this project, or one was cut off. If none is running, the "
+                 "folder holds the old files (a number stands before each name): move back those that are "
+                 "missing, remove the folder, and try again";
+        return false;
+    }
+    if (platform::makeFolder(folder_.c_str()) == 0) return true;
+    reason = "cannot make the folder " + inQuotes(folder_) +
+             " to keep the old files in; check write permissions on the project's folder";
+    return false;
+}
+
+bool KeptFiles::keep(const std::string& path, bool asCopy) {
+    const auto [entry, added] = files_.try_emplace(lowerCased(path));
+    if (!added) return true;
+    std::string name;
+    fsutil::fileNameOf(path, name);
+    // The number keeps files of two folders apart that have one name.
+    Kept& file = entry->second;
+    file.path = path;
+    file.keptAs = folder_ + "/" + std::to_string(files_.size()) + "-" + name;
+    file.isCopy = asCopy || platform::linkFile(path.c_str(), file.keptAs.c_str()) != 0;
+    if (!file.isCopy || fsutil::copyFile(path, file.keptAs) == 0) return true;
+    files_.erase(entry);
+    return false;
+}
+
+bool KeptFiles::putBack(const Kept& file) {
+    if (file.isCopy ? haveSameBytes(file.keptAs, file.path) : isOneFile(file.keptAs, file.path)) return true;
+    return platform::replaceFile(file.keptAs.c_str(), file.path.c_str()) == 0;
+}
+
+bool KeptFiles::putBack(const std::string& path) {
+    const auto found = files_.find(lowerCased(path));
+    return found == files_.end() || putBack(found->second);
+}
+
+bool KeptFiles::putBackAll(std::vector<std::string>& failed) {
+    failed.clear();
+    for (const auto& [key, file] : files_) {
+        if (!putBack(file)) failed.push_back(file.path);
+    }
+    return failed.empty();
+}
+
+std::string KeptFiles::keptPath(const std::string& path) const {
+    const auto found = files_.find(lowerCased(path));
+    return found == files_.end() ? std::string() : found->second.keptAs;
+}
+
+void KeptFiles::release() {
+    for (const auto& [key, file] : files_) platform::removeFile(file.keptAs.c_str());
+    files_.clear();
+    platform::removeFolder(folder_.c_str());
+}
+
+bool haveSameBytes(const std::string& a, const std::string& b) {
+    constexpr std::size_t kBlock = std::size_t{64} * 1024;
+    const OpenFile first(a);
+    const OpenFile second(b);
+    if (!first.isOpen() || !second.isOpen()) return false;
+    std::vector<char> firstBlock(kBlock);
+    std::vector<char> secondBlock(kBlock);
+    for (;;) {
+        const std::int64_t got = first.read(firstBlock.data(), kBlock);
+        if (got < 0 || second.read(secondBlock.data(), kBlock) != got) return false;
+        if (got == 0) return true;
+        if (std::memcmp(firstBlock.data(), secondBlock.data(), static_cast<std::size_t>(got)) != 0)
+            return false;
+    }
+}

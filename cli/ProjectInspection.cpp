@@ -1,0 +1,227 @@
+#include "ProjectInspection.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "draftel/DraftelProjectConverter.h"
+#include "fsutil/files.h"
+#include "fsutil/letterCase.h"
+#include "fsutil/lines.h"
+#include "fsutil/paths.h"
+#include "platform/platform.h"
+#include "report.h"
+#include "tvx_wobj/tvx_wobj.h"
+
+namespace platform = tvxconv::platform;
+namespace fsutil = tvxconv::fsutil;
+using tvxconv::DraftelProjectConverter;
+
+namespace {
+
+// Whether a folder of this name lies directly in the folder it is made in, on every system.
+bool canBeFolderName(const std::string& name) {
+    if (name.empty() || name == "." || name == "..") return false;
+    return std::none_of(name.begin(), name.end(), [](char byte) {
+        return byte == '/' || byte == '\\' || byte == ':' || (byte >= 0 && byte < ' ') || byte == 0x7F;
+    });
+}
+
+// "FILE:LINE: ", or "FILE: " for a line of 0.
+std::string place(const std::string& file, std::size_t line) {
+    return file + (line != 0 ? ":" + std::to_string(line) : std::string()) + ": ";
+}
+
+// The first line of a JSON file that holds a text, written as JSON writes it; 0 when none does.
+std::size_t lineOfText(const std::string& file, const std::string& text) {
+    fsutil::LineReader reader;
+    if (reader.open(file) != 0) return 0;
+    const std::string written = inQuotes(text);
+    std::string line;
+    std::string_view piece;
+    while (reader.next(piece)) {
+        line += piece;
+        if (line.find(written) != std::string::npos) return reader.lineNumber();
+        if (piece.back() == '\n') line.clear();
+    }
+    return 0;
+}
+
+std::string lowerCased(const std::string& text) {
+    std::string result;
+    fsutil::toLowerCase(text, result);
+    return result;
+}
+
+constexpr const char* kNotAFolder =
+    " cannot be the name of a folder (it is empty, \".\" or \"..\", or has a separator, a drive or a control "
+    "character in it). Rename it in the design application and try again";
+
+void checkNames(DraftelProjectConverter& converter, ProjectInspection& inspection) {
+    std::string designFile;
+    converter.getDesignFilePath(designFile);
+    for (const std::string& schematic : converter.rootSchematics()) {
+        if (!canBeFolderName(schematic)) {
+            inspection.refusal = place(designFile, lineOfText(designFile, schematic)) +
+                                 "the root schematic name " + inQuotes(schematic) + kNotAFolder;
+            return;
+        }
+        std::vector<std::string> fileBases;
+        std::vector<std::string> profiles;
+        converter.getProfilesOfSchematic(schematic, fileBases, profiles);
+        std::set<std::string> seen;
+        for (std::size_t i = 0; i < profiles.size(); ++i) {
+            tvxconv::ProfileNames names;
+            const std::string file = inspection.projectDir + "/" + fileBases[i] + ".sim";
+            if (!canBeFolderName(profiles[i])) {
+                converter.readProfileNames(fileBases[i], names);
+                inspection.refusal = place(file, names.profileLine) + "the profile name " +
+                                     inQuotes(profiles[i]) + kNotAFolder;
+                return;
+            }
+            if (!seen.insert(lowerCased(profiles[i])).second) {
+                converter.readProfileNames(fileBases[i], names);
+                inspection.refusal = place(file, names.profileLine) + "the schematic " + inQuotes(schematic) +
+                                     " has another profile " + inQuotes(profiles[i]) +
+                                     ", and one would overwrite the other. Rename one of them and try again";
+                return;
+            }
+        }
+    }
+}
+
+// The folders of a project file whose relative entries are carried along, with their sub-folders.
+std::vector<std::pair<std::string, std::string>> carriedFolders(DraftelProjectConverter& converter) {
+    std::vector<std::pair<std::string, std::string>> folders = {
+        {"Tevrix Resources", "Model Libraries"},
+        {"Tevrix Resources", "Stimulus Files"},
+        {"Tevrix Resources", "Include Files"},
+    };
+    for (const std::string& folder : converter.projectFolderNames()) folders.emplace_back(folder, "");
+    for (const auto& [folder, subFolder] : converter.folderMap()) folders.emplace_back(folder, subFolder);
+    return folders;
+}
+
+// A file that an entry names by way of ".." is copied to the same place seen from the new project,
+// which lies outside the destination. That is refused, unless it is the file itself that lies there.
+void checkEntries(DraftelProjectConverter& converter, const std::string& project,
+                  const std::string& destination, ProjectInspection& inspection) {
+    converter.classifySimulationFiles();
+    const std::filesystem::path bounds = std::filesystem::path(destination).lexically_normal();
+    for (const auto& [folder, subFolder] : carriedFolders(converter)) {
+        tvx_wobj::Strings names;
+        tvx_wobj::Strings paths;
+        tvx_wobj::Strings types;
+        const int status =
+            subFolder.empty()
+                ? tvx_wobj::readProjectFileDirectly(project, folder, names, paths, types)
+                : tvx_wobj::readProjectFileDirectly(project, folder, subFolder, names, paths, types);
+        if (status != 0) return;  // the conversion will tell
+        for (const std::string& entry : paths) {
+            std::string path;
+            fsutil::toForwardSlashes(entry, path);
+            bool isRelative = false;
+            fsutil::normaliseReference(path, isRelative);
+            if (!isRelative || path.find("..") == std::string::npos) continue;
+            std::string file;
+            std::string copy;
+            if (fsutil::resolveRelative(path, inspection.projectDir, file) != 0 ||
+                fsutil::resolveRelative(path, destination, copy) != 0) {
+                continue;
+            }
+            const std::filesystem::path target = std::filesystem::path(copy).lexically_normal();
+            const auto [end, rest] =
+                std::mismatch(bounds.begin(), bounds.end(), target.begin(), target.end());
+            if (end == bounds.end() || !fsutil::isPresentFile(file)) continue;
+            // Files of the design itself go to the destination, wherever they come from.
+            std::string fileFolder;
+            std::string fileName;
+            fsutil::folderOf(file, fileFolder);
+            fsutil::fileNameOf(file, fileName);
+            if (fsutil::equalIgnoringCase(fileFolder, inspection.designDir) &&
+                fsutil::beginsWithIgnoringCase(fileName, inspection.designBase)) {
+                continue;
+            }
+            platform::FileStatus from;
+            platform::FileStatus to;
+            platform::getStatus(file.c_str(), from);
+            platform::getStatus(copy.c_str(), to);
+            if (platform::isSameFile(from, to)) continue;
+            inspection.refusal = place(project, lineOfText(project, entry)) + "the entry " + inQuotes(entry) +
+                                 " would be copied to " + inQuotes(target.generic_string()) +
+                                 ", outside the destination. Choose a destination beside the project's "
+                                 "folder, from which the entry names the same file, or convert in place";
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+ProjectInspection inspectProject(const std::string& project, const std::string& destination) {
+    ProjectInspection inspection;
+    DraftelProjectConverter converter(project.c_str());
+    std::string fileName;
+    if (fsutil::folderOf(project, inspection.projectDir) != 0 || fsutil::fileNameOf(project, fileName) != 0 ||
+        fsutil::baseNameOf(fileName, inspection.designName) != 0) {
+        inspection.status = 1;
+        inspection.refusal = inQuotes(project) + ": the name of a project file has the form NAME.opj";
+        return inspection;
+    }
+    converter.setProjectDir(inspection.projectDir);
+    inspection.status = converter.readDesignInformation();
+    if (inspection.status == 0) inspection.status = converter.readRootSchematics();
+    if (inspection.status != 0) return inspection;
+    converter.discoverProfiles();
+    converter.getDesignFileBaseName(inspection.designBase);
+    converter.getDesignDir(inspection.designDir);
+
+    tvx_wobj::Strings paths;
+    tvx_wobj::Strings names;
+    std::string active;
+    tvx_wobj::readSimProfiles(project, paths, names, active, true);
+    for (const std::string& path : paths) {
+        std::string name;
+        fsutil::fileNameOf(path, name);
+        inspection.profileFiles.push_back(name);
+    }
+
+    std::string designFile;
+    converter.getDesignFilePath(designFile);
+    const std::string expected = inspection.designDir + "/" + inspection.designBase + ".dsn";
+    if (!fsutil::equalIgnoringCase(designFile, expected)) {
+        inspection.refusal = inQuotes(designFile) +
+                             ": the name of a design has one \".\" in it. Rename the design in the design "
+                             "application and try again";
+    }
+    if (inspection.refusal.empty()) checkNames(converter, inspection);
+    if (inspection.refusal.empty() && !destination.empty()) {
+        checkEntries(converter, project, destination, inspection);
+    }
+    if (!inspection.refusal.empty()) inspection.status = 1;
+    return inspection;
+}
+
+std::vector<std::string> profilesLeftOut(const std::string& project, const std::string& newProject) {
+    tvx_wobj::Strings oldPaths;
+    tvx_wobj::Strings oldNames;
+    tvx_wobj::Strings newPaths;
+    tvx_wobj::Strings newNames;
+    std::string active;
+    if (tvx_wobj::readSimProfiles(project, oldPaths, oldNames, active, true) != 0) return {};
+    if (tvx_wobj::readSimProfiles(newProject, newPaths, newNames, active, true) != 0) return {};
+    std::multiset<std::string> kept;
+    for (const std::string& name : newNames) kept.insert(lowerCased(name));
+    std::vector<std::string> leftOut;
+    for (std::size_t i = 0; i < oldPaths.size(); ++i) {
+        const auto found = kept.find(lowerCased(oldNames[i]));
+        if (found != kept.end()) {
+            kept.erase(found);
+        } else {
+            leftOut.push_back(oldPaths[i]);
+        }
+    }
+    return leftOut;
+}

@@ -1,0 +1,64 @@
+#include "commandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "fsutil/paths.h"
+#include "platform/platform.h"
+
+namespace {
+
+constexpr const char* kExamples = R"(Example:
+  tvxconv draftel designs/amp/amp.opj --to converted/amp
+  tvxconv draftel designs/amp/amp.opj --in-place --report structure.txt
+
+The new structure goes to standard output, messages to standard error.
+Exit status: 0 converted, 1 not converted, 2 wrong command line.)";
+
+std::string absolute(const std::string& argument) {
+    std::string path;
+    tvxconv::fsutil::toForwardSlashes(tvxconv::platform::absolutePath(argument), path);
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    return path;
+}
+
+}  // namespace
+
+bool readCommandLine(int argc, char** argv, DraftelOptions& options, int& exitStatus) {
+    CLI::App app("Moves the simulation files of design projects into the new layout.", "tvxconv");
+    app.set_version_flag("--version", std::string("tvxconv ") + TVXCONV_VERSION);
+    app.footer(kExamples);
+    app.require_subcommand(1);
+
+    CLI::App* draftel = app.add_subcommand("draftel", "Convert a Draftel project");
+    draftel->footer(kExamples);
+    draftel->add_option("PROJECT.opj", options.project, "The project file")->required();
+    CLI::Option* to =
+        draftel
+            ->add_option("--to", options.destination,
+                         "Convert into the folder DIR, which is made if need be; the old files stay")
+            ->type_name("DIR");
+    CLI::Option* inPlace =
+        draftel->add_flag("--in-place", options.inPlace,
+                          "Convert in the project's own folder; moved files leave their old place");
+    to->excludes(inPlace);
+    draftel
+        ->add_option("--report", options.report,
+                     "Write the new structure to the file NAME in the destination")
+        ->type_name("NAME");
+    draftel->add_flag("--json", options.json, "Print the result as one JSON object");
+
+    try {
+        app.parse(argc, argv);
+        if (!options.inPlace && options.destination.empty()) {
+            throw CLI::RequiredError("One of --to DIR and --in-place");
+        }
+        if (options.project.empty()) throw CLI::ValidationError("PROJECT.opj", "the name is empty");
+    } catch (const CLI::ParseError& error) {
+        exitStatus = app.exit(error, std::cout, std::cerr) == 0 ? kConverted : kWrongCommandLine;
+        return false;
+    }
+    options.project = absolute(options.project);
+    if (!options.inPlace) options.destination = absolute(options.destination);
+    return true;
+}

@@ -1,0 +1,37 @@
+#include "report.h"
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+// Paths are bytes; JSON is UTF-8. What is no UTF-8 is shown as a replacement character.
+std::string dump(const nlohmann::ordered_json& value) {
+    return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace
+
+void tell(std::string_view text) {
+    std::cerr << "tvxconv: " << text << '\n';
+}
+
+std::string inQuotes(const std::string& name) {
+    return dump(name);
+}
+
+bool printResult(const ConversionResult& result, bool json) {
+    if (json) {
+        nlohmann::ordered_json object;
+        object["status"] = result.status;
+        object["errorCode"] = result.errorCode;
+        object["errorMessage"] = result.errorMessage;
+        object["newProjectPath"] = result.newProjectPath;
+        object["structure"] = result.structure;
+        std::cout << dump(object) << '\n';
+    } else {
+        for (const std::string& line : result.structure) std::cout << line << '\n';
+    }
+    std::cout.flush();
+    return std::cout.good();
+}

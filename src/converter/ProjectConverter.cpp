@@ -1,0 +1,129 @@
+#include "converter/ProjectConverter.h"
+
+#include "fsutil/paths.h"
+
+namespace tvxconv {
+
+using fsutil::toForwardSlashes;
+using fsutil::toLowerCase;
+
+ProjectConverter::ProjectConverter(const char* projectPath) {
+    if (projectPath != nullptr) setProjectPath(projectPath);
+}
+
+int ProjectConverter::convert(int, const std::string&) {
+    return 0;
+}
+int ProjectConverter::getNewStructure(std::vector<std::string>&) {
+    return 0;
+}
+int ProjectConverter::writeReport(const std::vector<std::string>&, const std::string&) {
+    return 0;
+}
+int ProjectConverter::getLastErrorCode(int&) {
+    return 0;
+}
+int ProjectConverter::getLastErrorMessage(std::string&) {
+    return 0;
+}
+
+int ProjectConverter::readField(const std::string& field, std::string& out) {
+    out = field;
+    return field.empty() ? 1 : 0;
+}
+
+int ProjectConverter::setMode(int mode) {
+    if (mode != 0) mode_ = mode;
+    return 0;
+}
+
+int ProjectConverter::getMode(int& mode) const {
+    if (mode_ == 0) return 1;
+    mode = mode_;
+    return 0;
+}
+
+int ProjectConverter::setDesignName(const std::string& name) {
+    designName_ = name;
+    return 0;
+}
+
+int ProjectConverter::getDesignName(std::string& name) const {
+    return readField(designName_, name);
+}
+
+int ProjectConverter::setProjectPath(const std::string& path) {
+    toForwardSlashes(path, projectPath_);
+    return 0;
+}
+
+int ProjectConverter::getProjectPath(std::string& path) const {
+    return readField(projectPath_, path);
+}
+
+int ProjectConverter::setProjectDir(const std::string& path) {
+    toForwardSlashes(path, projectDir_);
+    return 0;
+}
+
+int ProjectConverter::getProjectDir(std::string& path) const {
+    return readField(projectDir_, path);
+}
+
+int ProjectConverter::setNewProjectPath(const std::string& path) {
+    toForwardSlashes(path, newProjectPath_);
+    return 0;
+}
+
+int ProjectConverter::getNewProjectPath(std::string& path) const {
+    return readField(newProjectPath_, path);
+}
+
+int ProjectConverter::setDestinationDir(const std::string& path) {
+    if (!path.empty()) toForwardSlashes(path, destinationDir_);
+    return 0;
+}
+
+int ProjectConverter::getDestinationDir(std::string& path) const {
+    return readField(destinationDir_, path);
+}
+
+int ProjectConverter::setSourceDir(const std::string& path) {
+    if (!path.empty()) toForwardSlashes(path, sourceDir_);
+    return 0;
+}
+
+int ProjectConverter::addRelocation(const std::string& oldPath, const std::string& newPath) {
+    std::string key;
+    toLowerCase(oldPath, key);
+    const auto [entry, added] = relocations_.try_emplace(std::move(key));
+    if (added) toLowerCase(newPath, entry->second);
+    return 0;
+}
+
+int ProjectConverter::findRelocation(const std::string& oldPath, std::string& newPath) const {
+    std::string key;
+    toLowerCase(oldPath, key);
+    newPath.clear();
+    const auto found = relocations_.find(key);
+    if (found == relocations_.end()) return 1;
+    newPath = found->second;
+    return 0;
+}
+
+int ProjectConverter::firstRelocation(std::string& oldPath, std::string& newPath) {
+    cursor_ = relocations_.begin();
+    if (cursor_ == relocations_.end()) return 1;
+    oldPath = cursor_->first;
+    newPath = cursor_->second;
+    return 0;
+}
+
+int ProjectConverter::nextRelocation(std::string& oldPath, std::string& newPath) {
+    if (cursor_ == relocations_.end() || ++cursor_ == relocations_.end()) return 1;
+    oldPath = cursor_->first;
+    newPath = cursor_->second;
+    return 0;
+}
+
+}  // namespace tvxconv

@@ -1,0 +1,77 @@
+// ProjectConverter.h
+//
+// What every conversion needs to know: its mode, the project and its folders, the destination, and
+// the table of moves that says where each file went. The two converters derive from it; the exported
+// interfaces hand their calls on to its virtual operations.
+//
+// Paths are kept with "/" whatever slash they were given with. An object serves one conversion:
+// nothing is reset between calls.
+
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tvxconv {
+
+class ProjectConverter {
+public:
+    // `projectPath` may be null: the path is then unset.
+    explicit ProjectConverter(const char* projectPath);
+    virtual ~ProjectConverter() = default;
+    ProjectConverter(const ProjectConverter&) = delete;
+    ProjectConverter& operator=(const ProjectConverter&) = delete;
+
+    // The face of a converter, overridden by each kind; here they do nothing and return 0.
+    virtual int convert(int mode, const std::string& path);
+    virtual int getNewStructure(std::vector<std::string>& lines);
+    virtual int writeReport(const std::vector<std::string>& lines, const std::string& reportPath);
+    virtual int getLastErrorCode(int& code);
+    virtual int getLastErrorMessage(std::string& message);
+
+    // Setters return 0. Getters return 0, or 1 while the value is unset (with an empty text; a mode
+    // stays as the caller had it). A mode of 0 and an empty destination or source folder are ignored.
+    int setMode(int mode);
+    int getMode(int& mode) const;
+    int setDesignName(const std::string& name);
+    int getDesignName(std::string& name) const;
+    int setProjectPath(const std::string& path);
+    int getProjectPath(std::string& path) const;
+    int setProjectDir(const std::string& path);
+    int getProjectDir(std::string& path) const;
+    int setNewProjectPath(const std::string& path);
+    int getNewProjectPath(std::string& path) const;
+    int setDestinationDir(const std::string& path);
+    int getDestinationDir(std::string& path) const;
+    int setSourceDir(const std::string& path);
+
+    // The table of moves, from a file's old path to its new one. Both are kept in lower case, with the
+    // separators they have. The first entry of an old path stays; a later one is ignored.
+    int addRelocation(const std::string& oldPath, const std::string& newPath);
+    // Returns 0, or 1 with `newPath` empty when no move is recorded.
+    int findRelocation(const std::string& oldPath, std::string& newPath) const;
+    // Walks the table in the byte order of the old paths. Return 0, or 1 with the outputs untouched at
+    // the end and in an empty table.
+    int firstRelocation(std::string& oldPath, std::string& newPath);
+    int nextRelocation(std::string& oldPath, std::string& newPath);
+
+protected:
+    // Hands a text out as the getters do: 0, or 1 and an empty output while it is empty.
+    static int readField(const std::string& field, std::string& out);
+
+private:
+    using Relocations = std::map<std::string, std::string>;
+
+    int mode_ = 0;
+    std::string designName_;
+    std::string projectPath_;
+    std::string projectDir_;
+    std::string newProjectPath_;
+    std::string destinationDir_;
+    std::string sourceDir_;
+    Relocations relocations_;
+    Relocations::const_iterator cursor_ = relocations_.end();
+};
+
+}  // namespace tvxconv

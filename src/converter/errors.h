@@ -1,0 +1,49 @@
+// errors.h
+//
+// The codes and messages of everything that can go wrong in a conversion, and the store of the last
+// one. The texts are published: hosts show them as they stand.
+//
+// The store is process-wide, for one conversion at a time. It is written by reportError only, and a
+// success does not clear it: ask it after a status other than 0.
+
+#pragma once
+
+#include <string>
+
+namespace tvxconv {
+
+enum ErrorCode : int {
+    ERR_INVALID_ERROR_CODE = 10101,
+    ERR_CREATE_DIRECTORY = 10102,
+    ERR_OPEN_DIRECTORY = 10103,
+    ERR_FILE_NOT_FOUND = 10104,
+    ERR_OPEN_FOR_READING = 10105,
+    ERR_OPEN_FOR_WRITING = 10106,
+    ERR_DELETE_FILE = 10107,
+    ERR_COPY_FILE = 10108,
+    ERR_READ_FILE = 10109,
+    ERR_WRITE_FILE = 10110,
+    ERR_READ_DESIGN_FILE = 10111,
+    ERR_DESTINATION_EXISTS = 10112,  // published, raised by nothing
+};
+
+// Finds the message of a code: entry `index` of `table`, whose texts stand for paths with "%s". `group`
+// is always 1, the only group there is. Returns 0, or 1 with `index` 0 for a code without a message.
+int lookupErrorMessage(const char* const*& table, int& group, int& index, int code);
+
+// The message of a code, its "%s" unfilled. Returns 0, or 1 with `text` empty for a code without one.
+int getErrorMessage(std::string& text, int& group, int code);
+
+// The last error. All return 0; before the first error the code is 0 and the message empty.
+int setLastErrorCode(int code);
+int getLastErrorCode(int& code);
+int setLastErrorMessage(const std::string& text);
+int getLastErrorMessage(std::string& text);
+
+// Records a failure: the code, and its message with the path filled in (source and destination for
+// ERR_COPY_FILE), cut at 1023 bytes. A code without a message records an empty text. Returns `code`,
+// for the caller to hand upward.
+int reportError(int code, const std::string& path);
+int reportError(int code, const std::string& source, const std::string& destination);
+
+}  // namespace tvxconv

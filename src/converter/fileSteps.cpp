@@ -1,0 +1,17 @@
+#include "converter/fileSteps.h"
+
+#include "converter/errors.h"
+#include "fsutil/files.h"
+
+namespace tvxconv {
+
+int ensureDirectoryOrReport(const std::string& path) {
+    return fsutil::ensureDirectory(path) == 0 ? 0 : reportError(ERR_CREATE_DIRECTORY, path);
+}
+
+int copyFileOrReport(const std::string& source, const std::string& destination) {
+    if (fsutil::copyFile(source, destination) == 0) return 0;
+    return reportError(ERR_COPY_FILE, source, destination);
+}
+
+}  // namespace tvxconv

@@ -1,0 +1,197 @@
+// DraftelProjectConverter.h
+//
+// The conversion of a Draftel project. The old layout is flat: every simulation file lies beside the
+// project file and is named after the design, the schematic and the simulation profile. The new one
+// has a simulation root "<design>-TevrixFiles" in the destination folder, a folder for each root
+// schematic in it, and in that one for each profile.
+//
+// The steps of a conversion stand in the order in which they run, one source file each (see the
+// comment at each). They share what the object holds: project folder, design, profile records, table
+// of moves. All paths are built with "/". A status is 0 or the code of the failure, which has been
+// reported; 1 means that something was missing and nothing is reported.
+
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "converter/ProjectConverter.h"
+#include "interface/IDraftelProjectConverter.h"
+
+namespace tvxconv {
+
+// The names that a profile file holds about itself, and the lines (from 1; 0 for none) that hold them.
+struct ProfileNames {
+    std::string schematic;
+    std::string profile;
+    std::size_t schematicLine = 0;
+    std::size_t profileLine = 0;
+};
+
+class DraftelProjectConverter final : public IDraftelProjectConverter, public ProjectConverter {
+public:
+    // `projectPath` is the absolute path of the project file; null leaves it unset.
+    explicit DraftelProjectConverter(const char* projectPath);
+    ~DraftelProjectConverter() override = default;
+
+    // --- the exported interface (interface/draftelAdapter.cpp) ---
+
+    int convert(int mode, const CString& path) override;
+    int getNewStructure(CStringArray& lines) override;
+    int writeReport(const CStringArray& lines, const CString& reportPath) override;
+    int getNewProjectPath(CString& path) override;
+    int getLastErrorCode(int& code) override;
+    int getLastErrorMessage(CString& message) override;
+
+    // --- the driver (conversion.cpp) and the listing (structureListing.cpp) ---
+
+    using ProjectConverter::getNewProjectPath;
+    int convert(int mode, const std::string& path) override;
+    int getNewStructure(std::vector<std::string>& lines) override;
+    int writeReport(const std::vector<std::string>& lines, const std::string& reportPath) override;
+    int getLastErrorMessage(std::string& message) override;
+
+    // --- what the steps share; getters return 1 and an empty text while a value is unset ---
+
+    // Extensions (without the leading ".") and project folders, in the order in which steps walk them.
+    std::vector<std::string>& designLevelExtensions() { return designLevelExtensions_; }
+    std::vector<std::string>& schematicLevelExtensions() { return schematicLevelExtensions_; }
+    std::vector<std::string>& profileLevelExtensions() { return profileLevelExtensions_; }
+    std::vector<std::string>& projectFolderNames() { return projectFolderNames_; }
+    std::vector<std::string>& rootSchematics() { return rootSchematics_; }
+    std::map<std::string, std::string>& folderMap() { return folderMap_; }
+
+    // The design: its file name before the first ".", its path, and the folder that holds it.
+    int setDesignFileBaseName(const std::string& name);
+    int getDesignFileBaseName(std::string& name) const;
+    int setDesignFilePath(const std::string& path);
+    int getDesignFilePath(std::string& path) const;
+    int setDesignDir(const std::string& path);
+    int getDesignDir(std::string& path) const;
+
+    // The mode of the first convert call: the first value other than 0 stays. 1 is in place, 2 into a
+    // destination. Both return 0.
+    int setRequestedMode(int mode);
+    int getRequestedMode(int& mode) const;
+
+    // Profile records: profile-file base name (the key, letter case ignored), profile name, root
+    // schematic name, and the path under which the project file registers the profile. The first
+    // record of a key stays. add returns 0; find returns 1, with empty outputs, where there is none;
+    // getProfilesOfSchematic fills two parallel lists, in the order of adding, and returns 0.
+    int addProfileRecord(const std::string& fileBase, const std::string& profile,
+                         const std::string& schematic, const std::string& registeredPath);
+    int findProfileRecord(const std::string& fileBase, std::string& profile, std::string& schematic,
+                          std::string& registeredPath) const;
+    int getProfilesOfSchematic(const std::string& schematic, std::vector<std::string>& fileBases,
+                               std::vector<std::string>& profiles) const;
+
+    // --- classification.cpp ---
+
+    // Appends the entries of the five lists and tables above; returns 0.
+    int classifySimulationFiles();
+
+    // --- designInformation.cpp ---
+
+    // Finds the design file that the project file names.
+    int readDesignInformation();
+    // Asks the design reader for the design's root schematics.
+    int readRootSchematics();
+    // Makes a record for each simulation profile of the project file. One that cannot be read is left
+    // out; one without a profile file has empty names.
+    int discoverProfiles();
+    // Reads the names in the profile file `fileBase` + ".sim" of the project folder; without such a file
+    // they are empty and the status 0. 1 for a line without a value.
+    int readProfileNames(const std::string& fileBase, ProfileNames& names) const;
+
+    // --- relocation.cpp ---
+
+    // Copies the files of the design as a whole into the simulation root. A copy that fails does not end
+    // the walk.
+    int copyDesignLevelFiles();
+    // Makes the folders of the schematics and profiles and fills them.
+    int relocateSchematics();
+    // Moves the outputs of one profile into its folder. A file that cannot be written leaves its error
+    // recorded and counts as moved; the status is 0.
+    int relocateProfileOutputs(const std::string& designBase, const std::string& schematic,
+                               const std::string& profile, const std::string& destination,
+                               const std::string& profileFolder);
+
+    // --- profileFile.cpp ---
+
+    // Writes the profile file `fileBase` + ".sim" as `schematicFolder`/`profile`.sim, its references
+    // rewritten. Without such a file nothing is written.
+    int rewriteSimProfile(const std::string& fileBase, const std::string& profile,
+                          const std::string& destination, const std::string& schematicFolder,
+                          const std::string& schematic);
+    // The new form of the data or output file that a profile file names. Returns 1, with `reference`
+    // empty, when it cannot be resolved.
+    int relocateOutputReference(std::string& reference, const std::string& value,
+                                const std::string& projectDir, const std::string& fileBase,
+                                const std::string& profile);
+
+    // --- netlists.cpp ---
+
+    // Writes the netlist of a schematic into its folder. Without one nothing is written.
+    int relocateSchematicNetlist(const std::string& designBase, const std::string& schematic,
+                                 const std::string& destination, const std::string& schematicFolder);
+    // Writes the deck at `oldPath` as `profileFolder`/`profile`.`extension`, which `newPath` tells.
+    int rewriteSimulationNetlist(std::string& newPath, const std::string& oldPath,
+                                 const std::string& projectDir, const std::string& schematic,
+                                 const std::string& profile, const std::string& profileFolder,
+                                 const std::string& extension);
+    // The new form of a reference in a deck; `reference` is empty when there is none. `marker` other than
+    // 0: as seen from a profile folder.
+    int resolveIncludeReference(const std::string& baseFolder, const std::string& value,
+                                std::string& reference, int marker);
+
+    // --- projectFile.cpp ---
+
+    // Puts design, backup and project file into the destination and points the project at the new places.
+    int updateProjectFiles();
+    // Writes `sourceProject` as `newProject`, every moved file renamed in it.
+    int updateProjectFile(const std::string& sourceProject, const std::string& newProject);
+
+    // --- paths that several steps build ---
+
+    // The destination folder's simulation root.
+    std::string simulationRoot() const;
+    // Enters a move: the old path relative to the project folder where it lies below it, else as built;
+    // the new path relative to `destination`.
+    void recordMove(const std::string& oldPath, const std::string& newPath, const std::string& destination);
+    // The form in which recordMove enters an old path.
+    std::string recordedOldPath(const std::string& oldPath, const std::string& projectDir) const;
+
+private:
+    struct ProfileRecord {
+        std::string fileBase;
+        std::string profile;
+        std::string schematic;
+        std::string registeredPath;
+    };
+
+    int convertInPlace();
+    int convertIntoDestination(const std::string& path);
+    int runConversionSteps();
+    int deleteOldFiles();
+
+    std::vector<std::unique_ptr<ProfileRecord>> profileRecords_;
+    std::unordered_map<std::string, std::size_t> recordOfFileBase_;                 // keys in lower case
+    std::unordered_map<std::string, std::vector<std::size_t>> recordsOfSchematic_;  // keys in lower case
+    std::vector<std::string> rootSchematics_;
+    std::vector<std::string> designLevelExtensions_;
+    std::vector<std::string> schematicLevelExtensions_;
+    std::vector<std::string> profileLevelExtensions_;
+    std::string designFileBaseName_;
+    std::string designFilePath_;
+    std::string designDir_;
+    std::vector<std::string> projectFolderNames_;
+    std::map<std::string, std::string> folderMap_;
+    int requestedMode_ = 0;
+};
+
+}  // namespace tvxconv

@@ -1,0 +1,354 @@
+// The last step: the design, its backup and the project file go to the destination, and the entries of
+// the new project file are pointed at where the conversion has put their files. The project file is
+// read and written by the project-file library alone.
+
+#include <functional>
+
+#include "converter/errors.h"
+#include "converter/fileSteps.h"
+#include "draftel/DraftelProjectConverter.h"
+#include "fsutil/files.h"
+#include "fsutil/letterCase.h"
+#include "fsutil/paths.h"
+#include "tvx_wobj/tvx_wobj.h"
+
+namespace tvxconv {
+namespace {
+
+using fsutil::equalIgnoringCase;
+using tvx_wobj::Strings;
+
+constexpr const char* kDesignFolder = "Design Resources";
+constexpr const char* kSimulatorFolder = "Tevrix Resources";
+constexpr const char* kOutputFolder = "Outputs";
+constexpr const char* kLibrarySubFolder = "Library";
+constexpr const char* kDesignType = "Schematic Design";
+constexpr const char* kSchematicLibraryType = "Schematic Library";
+constexpr const char* kSimulatorLibraryType = "TevrixLibrary";
+constexpr const char* kOutputFileItem = "TEVRIX_Output_File";
+constexpr const char* kSimulatorSubFolders[] = {"Model Libraries", "Stimulus Files", "Include Files"};
+
+bool endsWith(const std::string& path, const char* end) {
+    return fsutil::endsWithIgnoringCase(path, end);
+}
+
+// The entries of one folder of the project file, in parallel lists.
+struct Entries {
+    Strings names;
+    Strings paths;
+    Strings types;
+};
+
+// One update of a project file that has been copied to its new place.
+class ProjectUpdate {
+public:
+    ProjectUpdate(DraftelProjectConverter& converter, const std::string& sourceProject,
+                  const std::string& newProject)
+        : converter_(converter), project_(newProject) {
+        fsutil::folderOf(sourceProject, oldFolder_);
+        fsutil::folderOf(newProject, newFolder_);
+        int mode = 0;
+        converter.getRequestedMode(mode);
+        leavesOldFolder_ = mode == 2;
+    }
+
+    int run() {
+        for (const auto step :
+             {&ProjectUpdate::updateDesigns, &ProjectUpdate::updateLibraries, &ProjectUpdate::updateProfiles,
+              &ProjectUpdate::updateOutputs, &ProjectUpdate::clearOutputFileItem,
+              &ProjectUpdate::updateOtherFolders, &ProjectUpdate::updateOtherSubFolders}) {
+            if (const int status = (this->*step)(); status != 0) return status;
+        }
+        return 0;
+    }
+
+private:
+    int updateDesigns() {
+        Entries entries;
+        if (const int status = read(kDesignFolder, entries); status != 0) return status;
+        for (const std::string& path : entries.paths) {
+            if (!endsWith(path, ".dsn")) continue;
+            if (const int status = updateEntry(kDesignFolder, kDesignType, path); status != 0) return status;
+        }
+        return 0;
+    }
+
+    int updateLibraries() {
+        Entries entries;
+        if (const int status = read(kDesignFolder, kLibrarySubFolder, entries); status != 0) return status;
+        Strings libraries = pathsOfType(entries, kSchematicLibraryType);
+        for (std::string& path : libraries) {
+            if (!endsWith(path, ".olb")) continue;
+            if (const int status = relocate(path); status != 0) return status;
+        }
+        if (const int status =
+                write(kDesignFolder, kLibrarySubFolder, kSchematicLibraryType, libraries, false);
+            status != 0) {
+            return status;
+        }
+        for (const char* subFolder : kSimulatorSubFolders) {
+            // The first call lists the files that the conversion is about, the second tells their types.
+            Strings names;
+            Strings paths;
+            if (tvx_wobj::readProjectFiles(project_, kSimulatorFolder, subFolder, names, paths, true) != 0) {
+                return reportError(ERR_READ_FILE, project_);
+            }
+            if (const int status = read(kSimulatorFolder, subFolder, entries); status != 0) return status;
+            entries.paths = paths;
+            Strings files = pathsOfType(entries, kSimulatorLibraryType);
+            if (const int status = relocateAll(files); status != 0) return status;
+            if (const int status = write(kSimulatorFolder, subFolder, kSimulatorLibraryType, files, true);
+                status != 0) {
+                return status;
+            }
+        }
+        return 0;
+    }
+
+    // Only profiles that lie in the project's folder and have moved are registered in the new project.
+    int updateProfiles() {
+        Strings registered;
+        Strings names;
+        std::string active;
+        if (tvx_wobj::readSimProfiles(project_, registered, names, active, true) != 0) {
+            return reportError(ERR_READ_FILE, project_);
+        }
+        std::string activeName;
+        fsutil::fileNameOf(active, activeName);
+        Strings newPaths;
+        Strings newNames;
+        Strings newSchematics;
+        for (const std::string& entry : registered) {
+            std::string path;
+            fsutil::toForwardSlashes(entry, path);
+            bool isRelative = false;
+            fsutil::normaliseReference(path, isRelative);
+            if (!isRelative || !path.starts_with("./")) continue;
+            std::string fileName;
+            std::string newPath;
+            std::string base;
+            if (fsutil::fileNameOf(path, fileName) != 0) continue;
+            if (converter_.findRelocation("./" + fileName, newPath) != 0) continue;
+            if (fsutil::baseNameOf(fileName, base) != 0) continue;
+            std::string profile;
+            std::string schematic;
+            std::string registeredPath;
+            if (converter_.findProfileRecord(base, profile, schematic, registeredPath) != 0) continue;
+            newPath = fsutil::withBackslashes(newPath);
+            newPaths.push_back(newPath);
+            newNames.push_back(profile);
+            newSchematics.push_back(schematic);
+            if (equalIgnoringCase(fileName, activeName)) active = newPath;
+        }
+        active = fsutil::withBackslashes(active);
+        return written(tvx_wobj::writeSimProfiles(project_, newPaths, newNames, newSchematics, active, true));
+    }
+
+    int updateOutputs() { return updateFolder(kOutputFolder); }
+
+    // The simulator's output file is another one now; the application finds it anew when this is empty.
+    int clearOutputFileItem() {
+        return written(tvx_wobj::writeItemToProject(project_, kDesignFolder, kOutputFileItem, "", true));
+    }
+
+    int updateOtherFolders() {
+        for (const std::string& folder : converter_.projectFolderNames()) {
+            if (equalIgnoringCase(folder, kOutputFolder) || equalIgnoringCase(folder, kDesignFolder))
+                continue;
+            if (!equalIgnoringCase(folder, kSimulatorFolder)) {
+                if (const int status = updateFolder(folder); status != 0) return status;
+                continue;
+            }
+            Entries entries;
+            if (const int status = read(folder, entries); status != 0) return status;
+            for (std::size_t i = 0; i < entries.paths.size(); ++i) {
+                if (const int status = updateEntry(folder, entries.types[i], entries.paths[i]); status != 0) {
+                    return status;
+                }
+            }
+        }
+        return 0;
+    }
+
+    int updateOtherSubFolders() {
+        for (const auto& [folder, subFolder] : converter_.folderMap()) {
+            if (equalIgnoringCase(folder, kDesignFolder) || equalIgnoringCase(subFolder, kLibrarySubFolder)) {
+                continue;
+            }
+            Entries entries;
+            if (const int status = read(folder, subFolder, entries); status != 0) return status;
+            const auto writeType = [&, &folderName = folder, &subFolderName = subFolder](
+                                       const std::string& type, const Strings& paths) {
+                return write(folderName, subFolderName, type, paths, false);
+            };
+            if (const int status = relocateByType(entries, writeType); status != 0) return status;
+        }
+        return 0;
+    }
+
+    // --- one folder, one entry ---
+
+    int updateFolder(const std::string& folder) {
+        Entries entries;
+        if (const int status = read(folder, entries); status != 0) return status;
+        return relocateByType(entries, [&](const std::string& type, const Strings& paths) {
+            return written(
+                tvx_wobj::writeProjectFiles(project_, folder, type, inProjectForm(paths), true, true, true));
+        });
+    }
+
+    int updateEntry(const std::string& folder, const std::string& type, const std::string& path) {
+        std::string newPath = path;
+        if (const int status = relocate(newPath); status != 0) return status;
+        if (newPath == path) return 0;
+        return written(
+            tvx_wobj::updateInProjectFile(project_, folder, type, path, fsutil::withBackslashes(newPath)));
+    }
+
+    // Relocates all entries and has them written type by type, in the order in which types first appear.
+    int relocateByType(Entries& entries,
+                       const std::function<int(const std::string& type, const Strings& paths)>& writeType) {
+        if (const int status = relocateAll(entries.paths); status != 0) return status;
+        Strings done;
+        for (const std::string& type : entries.types) {
+            bool isDone = false;
+            for (const std::string& earlier : done) isDone = isDone || equalIgnoringCase(earlier, type);
+            if (isDone) continue;
+            done.push_back(type);
+            if (const int status = writeType(type, pathsOfType(entries, type)); status != 0) return status;
+        }
+        return 0;
+    }
+
+    int relocateAll(Strings& paths) {
+        for (std::string& path : paths) {
+            if (const int status = relocate(path); status != 0) return status;
+        }
+        return 0;
+    }
+
+    // Turns the path of an entry into the new path of its file. It stays as it is spelled when the file
+    // has not moved, or when it names the new place already. A file that has not moved, and that the
+    // new project would look for in another folder than the old one did, is copied there.
+    int relocate(std::string& entry) {
+        std::string path;
+        fsutil::toForwardSlashes(entry, path);
+        bool isRelative = false;
+        fsutil::normaliseReference(path, isRelative);
+        std::string file = path;
+        if (isRelative && fsutil::resolveRelative(path, oldFolder_, file) != 0) return 0;
+        std::string newPath;
+        if (findMove(file, newPath)) {
+            std::string namedPlace = path;
+            std::string newPlace;
+            if (isRelative) fsutil::resolveRelative(path, newFolder_, namedPlace);
+            fsutil::resolveRelative(newPath, newFolder_, newPlace);
+            if (!equalIgnoringCase(namedPlace, newPlace)) entry = newPath;
+            return 0;
+        }
+        if (!isRelative || !leavesOldFolder_ || !fsutil::isPresentFile(file)) return 0;
+        std::string copy;
+        std::string folder;
+        if (fsutil::resolveRelative(path, newFolder_, copy) != 0) return 0;
+        fsutil::folderOf(copy, folder);
+        if (const int status = fsutil::createDirectories(folder); status != 0) return status;
+        return copyFileOrReport(file, copy);
+    }
+
+    // A moved file is recorded relative to the project's folder, or by its absolute path.
+    bool findMove(const std::string& file, std::string& newPath) const {
+        const std::string recorded = converter_.recordedOldPath(file, oldFolder_);
+        return converter_.findRelocation(recorded, newPath) == 0 ||
+               converter_.findRelocation(file, newPath) == 0;
+    }
+
+    // --- the project-file library, its failures reported ---
+
+    int read(const std::string& folder, Entries& entries) const {
+        if (tvx_wobj::readProjectFileDirectly(project_, folder, entries.names, entries.paths,
+                                              entries.types) != 0) {
+            return reportError(ERR_READ_FILE, project_);
+        }
+        return 0;
+    }
+
+    int read(const std::string& folder, const std::string& subFolder, Entries& entries) const {
+        if (tvx_wobj::readProjectFileDirectly(project_, folder, subFolder, entries.names, entries.paths,
+                                              entries.types) != 0) {
+            return reportError(ERR_READ_FILE, project_);
+        }
+        return 0;
+    }
+
+    int write(const std::string& folder, const std::string& subFolder, const std::string& type,
+              const Strings& paths, bool lastFlag) const {
+        return written(tvx_wobj::writeProjectFiles(project_, folder, subFolder, type, inProjectForm(paths),
+                                                   true, true, true, lastFlag));
+    }
+
+    int written(int status) const { return status == 0 ? 0 : reportError(ERR_WRITE_FILE, project_); }
+
+    static Strings inProjectForm(Strings paths) {
+        for (std::string& path : paths) path = fsutil::withBackslashes(path);
+        return paths;
+    }
+
+    static Strings pathsOfType(const Entries& entries, const std::string& type) {
+        Strings paths;
+        for (std::size_t i = 0; i < entries.paths.size() && i < entries.types.size(); ++i) {
+            if (equalIgnoringCase(entries.types[i], type)) paths.push_back(entries.paths[i]);
+        }
+        return paths;
+    }
+
+    DraftelProjectConverter& converter_;
+    std::string project_;
+    std::string oldFolder_;
+    std::string newFolder_;
+    bool leavesOldFolder_ = false;
+};
+
+}  // namespace
+
+int DraftelProjectConverter::updateProjectFiles() {
+    std::string destination;
+    std::string designDir;
+    std::string designBase;
+    getDestinationDir(destination);
+    getDesignDir(designDir);
+    getDesignFileBaseName(designBase);
+    for (const char* extension : {".dsn", ".dbk"}) {
+        const std::string name = designBase + extension;
+        const std::string oldPath = designDir + "/" + name;
+        if (!fsutil::isPresentFile(oldPath)) {
+            if (equalIgnoringCase(extension, ".dbk")) continue;  // not every design has a backup
+            return reportError(ERR_FILE_NOT_FOUND, oldPath);
+        }
+        const std::string newPath = destination + "/" + name;
+        if (!equalIgnoringCase(oldPath, newPath)) {
+            if (const int status = copyFileOrReport(oldPath, newPath); status != 0) return status;
+        }
+        addRelocation(oldPath, "./" + name);
+    }
+
+    std::string projectPath;
+    std::string projectName;
+    std::string designName;
+    getProjectPath(projectPath);
+    getDesignName(designName);
+    if (!fsutil::isPresentFile(projectPath)) return reportError(ERR_FILE_NOT_FOUND, projectPath);
+    const std::string newProject = destination + "/" + designName + ".opj";
+    if (const int status = updateProjectFile(projectPath, newProject); status != 0) return status;
+    fsutil::fileNameOf(projectPath, projectName);
+    addRelocation("./" + projectName, "./" + designName + ".opj");
+    setNewProjectPath(newProject);
+    return 0;
+}
+
+int DraftelProjectConverter::updateProjectFile(const std::string& sourceProject,
+                                               const std::string& newProject) {
+    if (const int status = copyFileOrReport(sourceProject, newProject); status != 0) return status;
+    return ProjectUpdate(*this, sourceProject, newProject).run();
+}
+
+}  // namespace tvxconv

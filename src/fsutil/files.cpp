@@ -1,0 +1,235 @@
+#include "fsutil/files.h"
+
+#include <array>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "converter/errors.h"
+#include "fsutil/letterCase.h"
+#include "fsutil/paths.h"
+#include "platform/platform.h"
+
+namespace tvxconv::fsutil {
+namespace {
+
+constexpr std::size_t kCopyBlock = 8192;
+constexpr int kFolderMode = 0777;
+
+struct ListingNode {
+    std::string name;
+    ListingNode* next = nullptr;
+};
+
+bool isSeparator(char byte) {
+    return byte == '/' || byte == '\\';
+}
+
+// Copies what is left of one open file to another: by the system where it can, in blocks where not.
+// The blocks also settle what a 0 from the system meant.
+int copyOpenFiles(int from, int to) {
+    constexpr std::size_t kSystemStep = std::size_t{64} << 20;
+    for (;;) {
+        const std::int64_t moved = platform::copySome(from, to, kSystemStep);
+        if (moved < 0) return -1;
+        if (moved == 0) break;
+    }
+    std::array<char, kCopyBlock> block;
+    for (;;) {
+        const std::int64_t got = platform::readSome(from, block.data(), block.size());
+        if (got < 0) return -1;
+        if (got == 0) return 0;
+        if (platform::writeSome(to, block.data(), static_cast<std::size_t>(got)) != got) return -1;
+    }
+}
+
+// The process-wide record that nextDirectoryEntry hands out.
+DirectoryEntry currentEntry;
+
+}  // namespace
+
+struct DirectoryListing {
+    std::uint16_t count = 0;  // names handed out so far
+    ListingNode* first = nullptr;
+    ListingNode* cursor = nullptr;
+};
+
+int checkPath(const char* path, int typeMask, int accessMode) {
+    if (typeMask != 0) {
+        platform::FileStatus status;
+        if (platform::getStatus(path, status) != 0) return -1;
+        const int type = status.kind == platform::FileKind::folder    ? kFolderMask
+                         : status.kind == platform::FileKind::regular ? kRegularFileMask
+                                                                      : 0;
+        if (type != typeMask) return -1;
+    }
+    return platform::checkAccess(path, accessMode) == 0 ? 0 : -1;
+}
+
+int makeDirectory(const char* path, int /*mode*/) {
+    std::string trimmed = path;
+    while (!trimmed.empty() && isSeparator(trimmed.back())) trimmed.pop_back();
+    if (trimmed.empty()) return -1;
+    return platform::makeFolder(trimmed.c_str()) == 0 ? 0 : -1;
+}
+
+int copyStream(const char* source, int descriptor) {
+    int from = -1;
+    if (platform::openForReading(source, platform::FileMode::binary, from) != 0) return -1;
+    const int result = copyOpenFiles(from, descriptor);
+    platform::closeFile(from);
+    return result;
+}
+
+int copyFileContents(const char* source, const char* destination) {
+    // The source is opened first: a destination is not emptied for a file that cannot be read.
+    int from = -1;
+    if (platform::openForReading(source, platform::FileMode::binary, from) != 0) return -1;
+    platform::FileStatus status;
+    int to = -1;
+    int result = -1;
+    if (platform::getStatus(from, status) == 0 &&
+        platform::openForWriting(destination, platform::FileMode::binary, status.permissions, &status, to) ==
+            0) {
+        result = copyOpenFiles(from, to);
+        if (platform::closeFile(to) != 0) result = -1;
+    }
+    platform::closeFile(from);
+    return result;
+}
+
+DirectoryListing* openDirectoryListing(const char* path) {
+    std::string folder = path;
+    if (folder.size() > 1 && isSeparator(folder.back())) {
+        folder.pop_back();
+        if (platform::hasDriveLetters() && folder.back() == ':') folder += "\\.";
+    } else if (platform::hasDriveLetters() && !folder.empty() && folder.back() == ':') {
+        folder += '.';
+    }
+    platform::FileStatus status;
+    if (platform::getStatus(folder.c_str(), status) != 0 || status.kind != platform::FileKind::folder) {
+        return nullptr;
+    }
+    std::vector<std::string> names;
+    if (platform::listFolder(folder.c_str(), names) != 0) return nullptr;
+    auto* listing = new (std::nothrow) DirectoryListing();
+    if (listing == nullptr) return nullptr;
+    ListingNode** end = &listing->first;
+    for (std::string& name : names) {
+        *end = new (std::nothrow) ListingNode{std::move(name), nullptr};
+        if (*end == nullptr) {
+            closeDirectoryListing(listing);
+            return nullptr;
+        }
+        end = &(*end)->next;
+    }
+    listing->cursor = listing->first;
+    return listing;
+}
+
+DirectoryEntry* nextDirectoryEntry(DirectoryListing* listing) {
+    if (listing->cursor == nullptr) return nullptr;
+    const ListingNode& node = *listing->cursor;
+    currentEntry.number = static_cast<std::uint16_t>(listing->count + 1);
+    currentEntry.recordLength = static_cast<std::uint16_t>(node.name.size());
+    currentEntry.nameLength = currentEntry.recordLength;
+    currentEntry.name = node.name.c_str();
+    listing->cursor = node.next;
+    ++listing->count;
+    return &currentEntry;
+}
+
+int closeDirectoryListing(DirectoryListing* listing) {
+    if (listing == nullptr) return 0;
+    for (ListingNode* node = listing->first; node != nullptr;) {
+        ListingNode* next = node->next;
+        delete node;
+        node = next;
+    }
+    delete listing;
+    return 0;
+}
+
+bool isPathText(const std::string& path) {
+    return path.find('\0') == std::string::npos;
+}
+
+int isDirectory(const std::string& path, bool& flag) {
+    flag = isPathText(path) && checkPath(path.c_str(), kFolderMask, kReadable) == 0;
+    return 0;
+}
+
+int isRegularFile(const std::string& path, bool& flag) {
+    flag = isPathText(path) && checkPath(path.c_str(), kRegularFileMask, kReadable) == 0;
+    return 0;
+}
+
+bool isPresentFile(const std::string& path) {
+    bool flag = false;
+    isRegularFile(path, flag);
+    return flag;
+}
+
+int ensureDirectory(const std::string& path) {
+    if (!isPathText(path)) return 1;
+    if (checkPath(path.c_str(), 0, kExists) != 0) return makeDirectory(path.c_str(), kFolderMode) < 0 ? 1 : 0;
+    return checkPath(path.c_str(), 0, kWritable) == 0 ? 0 : 1;
+}
+
+int createDirectories(const std::string& path) {
+    std::string folder;
+    toForwardSlashes(path, folder);
+    if (folder.size() >= platform::pathLimit()) return reportError(ERR_CREATE_DIRECTORY, folder);
+    const auto makeMissing = [](const std::string& prefix) {
+        bool isThere = false;
+        isDirectory(prefix, isThere);
+        if (isThere || ensureDirectory(prefix) == 0) return 0;
+        return reportError(ERR_CREATE_DIRECTORY, prefix);
+    };
+    // The first component is a drive or the root and is there.
+    std::size_t slash = folder.find('/');
+    while (slash != std::string::npos) {
+        slash = folder.find('/', slash + 1);
+        if (slash == std::string::npos) break;
+        const int status = makeMissing(folder.substr(0, slash));
+        if (status != 0) return status;
+    }
+    return makeMissing(folder);
+}
+
+int copyFile(const std::string& source, const std::string& destination) {
+    if (equalIgnoringCase(source, destination)) return 0;
+    if (!isPathText(source) || !isPathText(destination)) return 1;
+    if (copyFileContents(source.c_str(), destination.c_str()) < 0) {
+        platform::FileStatus from;
+        platform::FileStatus to;
+        const bool sameFile = platform::getStatus(source.c_str(), from) == 0 &&
+                              platform::getStatus(destination.c_str(), to) == 0 &&
+                              platform::isSameFile(from, to);
+        return sameFile ? 0 : 1;
+    }
+    return platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
+}
+
+int deleteFile(const std::string& path) {
+    return isPathText(path) && platform::removeFile(path.c_str()) == 0 ? 0 : 1;
+}
+
+int openDirectory(const std::string& path, DirectoryListing*& handle) {
+    handle = isPathText(path) ? openDirectoryListing(path.c_str()) : nullptr;
+    return handle == nullptr ? 1 : 0;
+}
+
+int readDirectory(DirectoryListing* handle, std::string& name) {
+    name.clear();
+    const DirectoryEntry* entry = nextDirectoryEntry(handle);
+    if (entry == nullptr) return 1;
+    name.assign(entry->name, entry->nameLength);
+    return 0;
+}
+
+int closeDirectory(DirectoryListing* handle) {
+    return closeDirectoryListing(handle);
+}
+
+}  // namespace tvxconv::fsutil

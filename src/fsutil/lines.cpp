@@ -1,0 +1,153 @@
+#include "fsutil/lines.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "fsutil/files.h"
+#include "fsutil/letterCase.h"
+
+namespace tvxconv::fsutil {
+namespace {
+
+constexpr std::size_t kBufferSize = 64 * 1024;
+
+}  // namespace
+
+LineReader::~LineReader() {
+    close();
+}
+
+void LineReader::reset() {
+    close();
+    rest_ = {};
+    ended_ = true;
+    failed_ = false;
+    lineComplete_ = true;
+    lineNumber_ = 0;
+}
+
+int LineReader::open(const std::string& path) {
+    reset();
+    if (!isPathText(path)) return 1;
+    if (platform::openForReading(path.c_str(), platform::FileMode::text, descriptor_) != 0) return 1;
+    platform::getStatus(descriptor_, status_);
+    buffer_.resize(kBufferSize);
+    ended_ = false;
+    return 0;
+}
+
+void LineReader::openMemory(std::string_view text) {
+    reset();
+    rest_ = text;
+}
+
+// Moves what is left to the front of the buffer and reads on behind it.
+bool LineReader::fill() {
+    if (ended_) return false;
+    if (!rest_.empty()) std::memmove(buffer_.data(), rest_.data(), rest_.size());
+    const std::int64_t got =
+        platform::readSome(descriptor_, buffer_.data() + rest_.size(), buffer_.size() - rest_.size());
+    ended_ = got <= 0;
+    failed_ = got < 0;
+    rest_ = {buffer_.data(), rest_.size() + static_cast<std::size_t>(std::max<std::int64_t>(got, 0))};
+    return !ended_;
+}
+
+bool LineReader::next(std::string_view& line) {
+    line = {};
+    std::size_t end = std::string_view::npos;
+    do {
+        end = rest_.substr(0, kMostBytes).find('\n');
+    } while (end == std::string_view::npos && rest_.size() < kMostBytes && fill());
+    if (failed_ || rest_.empty()) return false;
+    const std::size_t length = end != std::string_view::npos ? end + 1 : std::min(rest_.size(), kMostBytes);
+    line = rest_.substr(0, length);
+    rest_.remove_prefix(length);
+    if (lineComplete_) ++lineNumber_;
+    lineComplete_ = line.back() == '\n';
+    return true;
+}
+
+void LineReader::close() {
+    if (descriptor_ != -1) platform::closeFile(descriptor_);
+    descriptor_ = -1;
+    status_ = {};
+}
+
+LineWriter::~LineWriter() {
+    close();
+}
+
+int LineWriter::open(const std::string& path, const LineReader* source) {
+    close();
+    failed_ = false;
+    if (!isPathText(path)) return 1;
+    const platform::FileStatus* guarded = source != nullptr ? &source->fileStatus() : nullptr;
+    constexpr unsigned kPermissions = 0666;
+    if (platform::openForWriting(path.c_str(), platform::FileMode::text, kPermissions, guarded,
+                                 descriptor_) != 0) {
+        return 1;
+    }
+    path_ = path;
+    return 0;
+}
+
+void LineWriter::write(std::string_view text) {
+    buffer_.append(text);
+    if (buffer_.size() >= kBufferSize) flush();
+}
+
+void LineWriter::writeInPlaceOf(std::string_view oldLine, std::string_view text) {
+    write(text);
+    const std::string_view end = lineEndOf(oldLine);
+    write(end.empty() ? std::string_view("\n") : end);
+}
+
+void LineWriter::flush() {
+    if (descriptor_ != -1 && !failed_ && !buffer_.empty()) {
+        const auto size = static_cast<std::int64_t>(buffer_.size());
+        failed_ = platform::writeSome(descriptor_, buffer_.data(), buffer_.size()) != size;
+    }
+    buffer_.clear();
+}
+
+int LineWriter::close() {
+    if (descriptor_ == -1) return 0;
+    flush();
+    if (platform::closeFile(descriptor_) != 0) failed_ = true;
+    descriptor_ = -1;
+    if (failed_) deleteFile(path_);
+    return failed_ ? 1 : 0;
+}
+
+void LineWriter::abandon() {
+    failed_ = true;
+    close();
+}
+
+std::string_view lineEndOf(std::string_view line) {
+    if (line.ends_with("\r\n")) return line.substr(line.size() - 2);
+    if (line.ends_with("\n")) return line.substr(line.size() - 1);
+    return {};
+}
+
+bool beginsWithKey(std::string_view line, std::string_view key) {
+    return beginsWithIgnoringCase(line, key);
+}
+
+int scanQuotedValue(std::string_view line, std::string& value) {
+    value.clear();
+    const std::size_t open = line.find('"');
+    if (line.empty() || open == std::string_view::npos || open + 1 == line.size()) {
+        // A pattern that skips at least one byte before the quote does not match a quote in front.
+        return !line.empty() && open == 0 ? 0 : EOF;
+    }
+    if (open == 0) return 0;
+    const std::string_view text = line.substr(open + 1, line.find('"', open + 1) - open - 1);
+    if (text.empty()) return 0;
+    value = text;
+    return 1;
+}
+
+}  // namespace tvxconv::fsutil

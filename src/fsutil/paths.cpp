@@ -1,0 +1,174 @@
+#include "fsutil/paths.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "fsutil/letterCase.h"
+#include "platform/platform.h"
+
+namespace tvxconv::fsutil {
+namespace {
+
+constexpr const char* kSeparators = "/\\";
+constexpr std::string_view kMarkerExtension = "mrk";
+constexpr std::string_view kDefaultMarkerTail = "default.mrk";
+
+std::string withForwardSlashes(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+std::string inLowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), lowerCase);
+    return text;
+}
+
+// Where the last "-" of a name is, if "default.mrk" follows it; else npos.
+std::size_t defaultMarkerDash(const std::string& name) {
+    const std::size_t dash = name.rfind('-');
+    if (dash == std::string::npos) return dash;
+    const std::string_view tail = std::string_view(name).substr(dash + 1);
+    return equalIgnoringCase(tail, kDefaultMarkerTail) ? dash : std::string::npos;
+}
+
+}  // namespace
+
+std::uint32_t toForwardSlashes(const std::string& path, std::string& out) {
+    out = withForwardSlashes(path);
+    return 0;
+}
+
+std::uint32_t toLowerCase(const std::string& text, std::string& out) {
+    out = inLowerCase(text);
+    return 0;
+}
+
+std::uint32_t makeExplicitRelative(std::string& path, bool& isRelative) {
+    isRelative = false;
+    std::string slashed = withForwardSlashes(path);
+    if (slashed.size() >= 3) {
+        if (slashed.starts_with("//")) return 0;
+        if (slashed.starts_with("./") || slashed.starts_with("../")) {
+            isRelative = true;
+            return 0;
+        }
+        if (slashed[1] == ':' || slashed[2] == '/') return 0;
+    } else if (slashed.size() == 2 && slashed[1] == ':') {
+        return 0;
+    }
+    path = "./" + slashed;
+    isRelative = true;
+    return 0;
+}
+
+std::uint32_t normaliseReference(std::string& path, bool& isRelative) {
+    const bool fromRoot = path.starts_with('/') && !path.starts_with("//");
+    if (fromRoot && !platform::hasDriveLetters()) {
+        isRelative = false;
+        return 0;
+    }
+    return makeExplicitRelative(path, isRelative);
+}
+
+std::uint32_t relativeToFolder(const std::string& path, const std::string& folder, std::string& out) {
+    const std::string slashed = withForwardSlashes(path);
+    const std::size_t cut = folder.size() + 1;
+    const bool found =
+        inLowerCase(slashed).find(inLowerCase(withForwardSlashes(folder))) != std::string::npos;
+    out.clear();
+    if (!found || cut > slashed.size()) return 1;
+    out.append("./").append(slashed, cut);
+    return 0;
+}
+
+bool isBelowFolder(const std::string& path, const std::string& folder) {
+    if (path.size() <= folder.size()) return false;
+    const auto same = [](char a, char b) {
+        return lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
+    };
+    return std::equal(folder.begin(), folder.end(), path.begin(), same) && same(path[folder.size()], '/');
+}
+
+std::uint32_t resolveRelative(const std::string& rel, const std::string& base, std::string& out) {
+    std::string reference = withForwardSlashes(rel);
+    std::string folder = withForwardSlashes(base);
+    out.clear();
+    bool isRelative = false;
+    makeExplicitRelative(reference, isRelative);
+    if (!isRelative) return 1;
+    std::size_t slash = folder.rfind('/');
+    if (slash == std::string::npos) return 1;
+    const bool slashAtEnd = slash == folder.size() - 1;
+    if (reference.starts_with("../")) {
+        if (slashAtEnd) {
+            folder.pop_back();
+            slash = folder.rfind('/');
+            if (slash == std::string::npos) return 1;
+        }
+        out = folder.substr(0, slash) + "/" + reference.substr(3);
+    } else {
+        out = folder + (slashAtEnd ? "" : "/") + reference.substr(2);
+    }
+    return 0;
+}
+
+std::uint32_t fileNameOf(const std::string& path, std::string& out) {
+    const std::size_t separator = path.find_last_of(kSeparators);
+    if (separator == std::string::npos) {
+        out = path;
+        return 1;
+    }
+    out = path.substr(separator + 1);
+    return 0;
+}
+
+std::uint32_t folderOf(const std::string& path, std::string& out) {
+    const std::size_t separator = path.find_last_of(kSeparators);
+    if (separator == std::string::npos) {
+        out.clear();
+        return 1;
+    }
+    out = path.substr(0, separator);
+    return 0;
+}
+
+std::uint32_t extensionOf(const std::string& name, std::string& out) {
+    std::string extension;
+    std::uint32_t status = 0;
+    if (name != "." && name != "..") {
+        const std::size_t dot = name.find('.');
+        if (dot == std::string::npos) {
+            status = 1;
+        } else {
+            extension = name.substr(dot + 1);
+            if (equalIgnoringCase(extension, kMarkerExtension)) {
+                const std::size_t dash = defaultMarkerDash(name);
+                if (dash != std::string::npos) extension = name.substr(dash + 1);
+            }
+        }
+    }
+    out = extension;
+    return status;
+}
+
+std::uint32_t baseNameOf(const std::string& name, std::string& out) {
+    const std::size_t dot = name.find('.');
+    if (dot == std::string::npos) {
+        out = name;
+        return 1;
+    }
+    std::size_t end = dot;
+    if (equalIgnoringCase(std::string_view(name).substr(dot + 1), kMarkerExtension)) {
+        const std::size_t dash = defaultMarkerDash(name);
+        if (dash != std::string::npos) end = dash;
+    }
+    out = name.substr(0, end);
+    return 0;
+}
+
+std::string withBackslashes(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+}
+
+}  // namespace tvxconv::fsutil

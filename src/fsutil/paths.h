@@ -1,0 +1,79 @@
+// paths.h
+//
+// Taking path text apart and putting it together. Nothing here looks at the disk, so the paths of
+// a Windows project are handled, and tested, alike on every system; only normaliseReference asks
+// whether this system has drive letters.
+//
+// A path is bytes in the code page of the host; lengths and positions count bytes. Either slash is
+// welcome on the way in, "/" is the form inside. Outputs are cleared first and may be the same string
+// as an input. A 1 is an answer, not a fault: it is never reported from here, because only the caller
+// knows whether it matters.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tvxconv::fsutil {
+
+// `out` is `path` with every "\" turned into "/". Returns 0.
+std::uint32_t toForwardSlashes(const std::string& path, std::string& out);
+
+// `out` is `text` with its ASCII letters in lower case. Returns 0.
+std::uint32_t toLowerCase(const std::string& text, std::string& out);
+
+// Says whether `path` is relative, and if so gives it the form "./x" or "../x" with forward slashes.
+// Absolute are "C:..." (a ":" in second place), "//..." and every text of three bytes or more with a
+// slash in third place; they stay as they are, backslashes included. Returns 0.
+//
+//   "sub\x.sim" becomes "./sub/x.sim", relative       "C:\x" stays, absolute
+//   "../a" stays, relative                            "ab/c" stays, absolute (slash in third place)
+//   "" becomes "./", ".." becomes "./.."              "/x" becomes ".//x", relative
+std::uint32_t makeExplicitRelative(std::string& path, bool& isRelative);
+
+// The same for a reference found in a project or given by a host: where paths have no drive letters,
+// one that begins with a single "/" is absolute too and stays as it is. Returns 0.
+std::uint32_t normaliseReference(std::string& path, bool& isRelative);
+
+// Writes `path` as seen from `folder`, so that the reference survives a move of the whole project.
+//
+//   path    absolute, somewhere below `folder`; letter case is ignored in the comparison
+//   folder  absolute, without a slash at its end
+//   out     "./" and the rest of `path`, in forward slashes and its own case
+//
+// Returns 0, or 1 with `out` empty when `path` does not contain `folder` or is no longer than it.
+// The text of `folder` is looked for anywhere in `path`, but as many bytes as it has, and one more,
+// are cut from the beginning: ask isBelowFolder first where `path` may lie elsewhere.
+//
+//   relativeToFolder("D:\\Amp\\Decks\\rails.inc", "d:/amp", out)  gives 0, "./Decks/rails.inc"
+std::uint32_t relativeToFolder(const std::string& path, const std::string& folder, std::string& out);
+
+// Whether `path` begins with `folder` and a slash, ignoring letter case and the kind of slash.
+bool isBelowFolder(const std::string& path, const std::string& folder);
+
+// Joins a relative path to `base`, a folder with at least one slash in it. The first "./" or "../" is
+// resolved; what follows is appended as it stands. Returns 0, or 1 with `out` empty when `rel` is
+// absolute by makeExplicitRelative or `base` has no slash (no parent, for "../").
+//
+//   resolveRelative("../a.txt", "C:/p/q", out)  gives 0, "C:/p/a.txt"
+std::uint32_t resolveRelative(const std::string& rel, const std::string& base, std::string& out);
+
+// The text after the last separator. Returns 0, or 1 with the whole path where there is none.
+std::uint32_t fileNameOf(const std::string& path, std::string& out);
+
+// The text before the last separator. Returns 0, or 1 with `out` empty where there is none.
+std::uint32_t folderOf(const std::string& path, std::string& out);
+
+// The text after the first "." of a file name: "amp.sim.cir" gives "sim.cir". A default marker file
+// ("s1-tran-default.mrk") gives "default.mrk", in its own spelling. Returns 0 (with `out` empty for
+// "." and ".."), or 1 with `out` empty where the name has no ".".
+std::uint32_t extensionOf(const std::string& name, std::string& out);
+
+// The text before the first "." of a file name; of a default marker file, the text before its last
+// "-". Returns 0, or 1 with the whole name where it has no ".".
+std::uint32_t baseNameOf(const std::string& name, std::string& out);
+
+// `path` with every "/" turned into "\", the form in which project and profile files write it.
+std::string withBackslashes(std::string path);
+
+}  // namespace tvxconv::fsutil

@@ -1,0 +1,13 @@
+// The factory of ITarnetProjectConverter. That interface speaks the converter's own types, so its
+// operations need no adapting.
+
+#include "interface/ITarnetProjectConverter.h"
+#include "tarnet/TarnetProjectConverter.h"
+
+extern "C" ITarnetProjectConverter* createTarnetProjectConverter(const char* libraryPath) {
+    try {
+        return new tvxconv::TarnetProjectConverter(libraryPath);
+    } catch (...) {
+        return nullptr;
+    }
+}

@@ -1,0 +1,376 @@
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <link.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/platform.h"
+#include "platform/posixNames.h"
+
+namespace tvxconv::platform {
+namespace {
+
+std::atomic<bool> stopped{false};
+std::atomic<std::uint64_t> filesOpenedForWriting{0};
+static_assert(std::atomic<bool>::is_always_lock_free, "stopFiles is called from a signal handler");
+
+// Makes a system call on the path as spelled and, when there is no such file, on the one that a
+// system without letter case would take. `call` returns -1 with errno set, as the calls do.
+template <class Call>
+int onExisting(const char* path, Call call) {
+    int result = call(path);
+    if (result != -1 || errno != ENOENT) return result;
+    std::string actual;
+    if (findOtherSpelling(path, actual)) {
+        result = call(actual.c_str());
+    } else {
+        errno = ENOENT;
+    }
+    return result;
+}
+
+int errorOf(int result) {
+    return result == -1 ? errno : 0;
+}
+
+FileStatus statusFrom(const struct stat& status) {
+    FileStatus result;
+    result.kind = S_ISREG(status.st_mode)   ? FileKind::regular
+                  : S_ISDIR(status.st_mode) ? FileKind::folder
+                                            : FileKind::other;
+    result.permissions = status.st_mode & 0777U;
+    result.size = static_cast<std::uint64_t>(status.st_size);
+    result.volume = status.st_dev;
+    result.number = status.st_ino;
+    return result;
+}
+
+// A pipe without a partner would hold up a plain open for ever.
+constexpr int kOpenFlags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+int closeWith(int descriptor, int error) {
+    close(descriptor);
+    return error;
+}
+
+// Where the program or library lies that this code has become part of, with a slash at its end; empty
+// when that cannot be told.
+std::string folderOfThisCode() {
+    Dl_info self{};
+    link_map* loaded = nullptr;
+    // The address is one of this module's own.
+    if (dladdr1(&stopped, &self, reinterpret_cast<void**>(&loaded), RTLD_DL_LINKMAP) == 0) return {};
+    std::string path;
+    if (loaded != nullptr && loaded->l_name != nullptr && loaded->l_name[0] != '\0') {
+        path = absolutePath(loaded->l_name);
+    } else {  // the program itself, which may have been started by a bare name
+        char target[PATH_MAX];
+        const ssize_t length = readlink("/proc/self/exe", target, sizeof target);
+        if (length > 0) path.assign(target, static_cast<std::size_t>(length));
+    }
+    path.resize(path.rfind('/') + 1);
+    return path;
+}
+
+}  // namespace
+
+bool isSameFile(const FileStatus& a, const FileStatus& b) {
+    return a.kind != FileKind::none && a.volume == b.volume && a.number == b.number;
+}
+
+int getStatus(const char* path, FileStatus& status) {
+    status = FileStatus();
+    struct stat found {};
+    const int result = onExisting(path, [&](const char* actual) { return stat(actual, &found); });
+    if (result == 0) status = statusFrom(found);
+    return errorOf(result);
+}
+
+int getStatus(int descriptor, FileStatus& status) {
+    status = FileStatus();
+    struct stat found {};
+    const int result = fstat(descriptor, &found);
+    if (result == 0) status = statusFrom(found);
+    return errorOf(result);
+}
+
+int checkAccess(const char* path, int mode) {
+    const int test = mode == 0 ? F_OK : ((mode & 4) != 0 ? R_OK : 0) | ((mode & 2) != 0 ? W_OK : 0);
+    return errorOf(onExisting(path, [&](const char* actual) { return access(actual, test); }));
+}
+
+std::size_t pathLimit() {
+    return PATH_MAX;
+}
+
+bool hasDriveLetters() {
+    return false;
+}
+
+std::string absolutePath(const std::string& path) {
+    if (!path.empty() && path.front() == '/') return path;
+    char folder[PATH_MAX];
+    if (getcwd(folder, sizeof folder) == nullptr) return path;
+    std::string result = folder;
+    if (path.empty() || path == ".") return result;
+    if (result.back() != '/') result += '/';
+    return result + (path.starts_with("./") ? path.substr(2) : path);
+}
+
+std::string temporaryFolder() {
+    const char* folder = std::getenv("TMPDIR");
+    std::string result = folder != nullptr && folder[0] == '/' ? folder : "/tmp";
+    while (result.size() > 1 && result.back() == '/') result.pop_back();
+    return result;
+}
+
+int makeFolder(const char* path) {
+    if (stopped) return ECANCELED;
+    std::string actual;
+    if (!findPlaceForNew(path, actual)) actual = path;
+    const int error = errorOf(mkdir(actual.c_str(), 0777));
+    if (error == 0) noteMade(actual);
+    return error;
+}
+
+int removeFolder(const char* path) {
+    if (stopped) return ECANCELED;
+    std::string removed = path;
+    const int error = errorOf(onExisting(path, [&](const char* actual) {
+        removed = actual;
+        return rmdir(actual);
+    }));
+    if (error == 0) noteRemoved(removed);
+    return error;
+}
+
+int listFolder(const char* path, std::vector<std::string>& names) {
+    names.clear();
+    if (stopped) return ECANCELED;
+    DIR* listing = nullptr;
+    const int result = onExisting(path, [&](const char* actual) {
+        listing = opendir(actual);
+        return listing == nullptr ? -1 : 0;
+    });
+    if (result != 0) return errno;
+    errno = 0;
+    while (const dirent* entry = readdir(listing)) names.emplace_back(entry->d_name);
+    const int error = errno;
+    closedir(listing);
+    if (error != 0) {
+        names.clear();
+        return error;
+    }
+    std::sort(names.begin(), names.end(), nameComesBefore);
+    return 0;
+}
+
+int openForReading(const char* path, FileMode, int& descriptor) {
+    descriptor = -1;
+    if (stopped) return ECANCELED;
+    const int opened =
+        onExisting(path, [](const char* actual) { return open(actual, O_RDONLY | kOpenFlags); });
+    if (opened == -1) return errno;
+    struct stat status {};
+    if (fstat(opened, &status) != 0) return closeWith(opened, errno);
+    if (!S_ISREG(status.st_mode)) return closeWith(opened, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    descriptor = opened;
+    return 0;
+}
+
+int openForWriting(const char* path, FileMode, unsigned permissions, const FileStatus* source,
+                   int& descriptor) {
+    descriptor = -1;
+    if (stopped) return ECANCELED;
+    int opened = open(path, O_WRONLY | kOpenFlags);
+    if (opened == -1) {
+        if (errno != ENOENT) return errno;
+        std::string actual;
+        if (!findPlaceForNew(path, actual)) return ENOENT;
+        opened = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
+        if (opened == -1) return errno;
+        noteMade(actual);
+    }
+    struct stat status {};
+    if (fstat(opened, &status) != 0) return closeWith(opened, errno);
+    if (!S_ISREG(status.st_mode)) return closeWith(opened, EINVAL);
+    if (source != nullptr && isSameFile(*source, statusFrom(status))) return closeWith(opened, EEXIST);
+    if (status.st_size != 0 && ftruncate(opened, 0) != 0) return closeWith(opened, errno);
+    filesOpenedForWriting.fetch_add(1, std::memory_order_relaxed);
+    descriptor = opened;
+    return 0;
+}
+
+int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor) {
+    temporary.clear();
+    descriptor = -1;
+    if (stopped) return ECANCELED;
+    std::string place;
+    if (!findPlaceForNew(path, place)) return ENOENT;
+    place += ".XXXXXX";
+    const int opened = mkostemp(place.data(), O_CLOEXEC);
+    if (opened == -1) return errno;
+    noteMade(place);
+    temporary = place;
+    descriptor = opened;
+    return 0;
+}
+
+std::int64_t readSome(int descriptor, void* buffer, std::size_t size) {
+    ssize_t result = -1;
+    do {
+        if (stopped) {
+            errno = ECANCELED;
+            return -1;
+        }
+        result = read(descriptor, buffer, size);
+    } while (result == -1 && errno == EINTR);
+    return result;
+}
+
+std::int64_t writeSome(int descriptor, const void* data, std::size_t size) {
+    std::size_t written = 0;
+    while (written < size) {
+        if (stopped) {
+            errno = ECANCELED;
+            return -1;
+        }
+        const ssize_t result = write(descriptor, static_cast<const char*>(data) + written, size - written);
+        if (result == -1 && errno == EINTR) continue;
+        if (result == -1) return -1;
+        if (result == 0) break;
+        written += static_cast<std::size_t>(result);
+    }
+    return static_cast<std::int64_t>(written);
+}
+
+std::int64_t copySome(int from, int to, std::size_t size) {
+    ssize_t result = -1;
+    do {
+        if (stopped) {
+            errno = ECANCELED;
+            return -1;
+        }
+        result = copy_file_range(from, nullptr, to, nullptr, size, 0);
+    } while (result == -1 && errno == EINTR);
+    if (result != -1) return result;
+    switch (errno) {
+        case EXDEV:
+        case EINVAL:
+        case ENOSYS:
+        case EOPNOTSUPP:
+        case EPERM:
+            return 0;
+        default:
+            return -1;
+    }
+}
+
+int flushToDisk(int descriptor) {
+    return errorOf(fsync(descriptor));
+}
+
+int closeFile(int descriptor) {
+    return errorOf(close(descriptor));
+}
+
+int makeWritable(const char* path) {
+    if (stopped) return ECANCELED;
+    return errorOf(onExisting(path, [](const char* actual) {
+        struct stat status {};
+        if (stat(actual, &status) != 0) return -1;
+        return (status.st_mode & S_IWUSR) != 0 ? 0 : chmod(actual, (status.st_mode & 07777U) | S_IWUSR);
+    }));
+}
+
+int setPermissions(const char* path, unsigned permissions) {
+    if (stopped) return ECANCELED;
+    return errorOf(onExisting(path, [&](const char* actual) { return chmod(actual, permissions & 0777U); }));
+}
+
+int removeFile(const char* path) {
+    if (stopped) return ECANCELED;
+    std::string actual;
+    const int spellings = countSpellings(path, actual);
+    if (spellings > 1) return ENOTUNIQ;
+    if (spellings == 0) actual = path;  // gone, or in a folder that may not be listed
+    const int error = errorOf(unlink(actual.c_str()));
+    if (error == 0) noteRemoved(actual);
+    return error;
+}
+
+int replaceFile(const char* from, const char* to) {
+    if (stopped) return ECANCELED;
+    std::string actual;
+    if (!findPlaceForNew(to, actual)) actual = to;
+    std::string moved = from;
+    const int error = errorOf(onExisting(from, [&](const char* actualFrom) {
+        moved = actualFrom;
+        return std::rename(actualFrom, actual.c_str());
+    }));
+    if (error == 0) {
+        noteRemoved(moved);
+        noteMade(actual);
+    }
+    return error;
+}
+
+int linkFile(const char* from, const char* to) {
+    if (stopped) return ECANCELED;
+    std::string actual;
+    if (!findPlaceForNew(to, actual)) actual = to;
+    const int error =
+        errorOf(onExisting(from, [&](const char* actualFrom) { return link(actualFrom, actual.c_str()); }));
+    if (error == 0) noteMade(actual);
+    return error;
+}
+
+void stopFiles() {
+    stopped = true;
+}
+
+void resumeFiles() {
+    stopped = false;
+}
+
+std::uint64_t filesWritten() {
+    return filesOpenedForWriting.load(std::memory_order_relaxed);
+}
+
+void* loadModule(const char* name) {
+    const std::string fileName = std::string(name) + ".so";
+    std::string folder = folderOfThisCode();
+    if (!folder.empty()) {
+        if (void* module = dlopen((folder + fileName).c_str(), RTLD_NOW | RTLD_LOCAL)) return module;
+    }
+    return dlopen(fileName.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+void* findSymbol(void* module, const char* name) {
+    return dlsym(module, name);
+}
+
+void onInterrupt(void (*handler)()) {
+    static void (*called)() = nullptr;
+    called = handler;
+    struct sigaction action {};
+    action.sa_handler = [](int) { called(); };
+    sigemptyset(&action.sa_mask);
+    for (const int number : {SIGINT, SIGTERM}) sigaction(number, &action, nullptr);
+}
+
+bool isTerminal(int descriptor) {
+    return isatty(descriptor) == 1;
+}
+
+}  // namespace tvxconv::platform

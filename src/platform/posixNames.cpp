@@ -1,0 +1,351 @@
+#include "platform/posixNames.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+#include <map>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace tvxconv::platform {
+namespace {
+
+unsigned char foldCase(char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
+}
+
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (foldCase(a[i]) != foldCase(b[i])) return false;
+    }
+    return true;
+}
+
+std::int64_t nanoseconds(const timespec& time) {
+    return time.tv_sec * std::int64_t{1000000000} + time.tv_nsec;
+}
+
+std::int64_t now() {
+    timespec time{};
+    clock_gettime(CLOCK_REALTIME, &time);
+    return nanoseconds(time);
+}
+
+// The names of one folder, found by their folded form. Names lie end to end in one text, each closed
+// by a NUL, and the table holds their places: about 1.5 times the length of the names in all.
+class NameIndex {
+public:
+    void clear() {
+        names_.clear();
+        slots_.assign(16, kFree);
+        used_ = 0;
+        count_ = 0;
+    }
+
+    std::size_t count() const { return count_; }
+
+    void add(std::string_view name) {
+        if ((used_ + 1) * 3 > slots_.size() * 2) grow();
+        place(static_cast<std::uint32_t>(names_.size()), hashOf(name));
+        names_.append(name);
+        names_.push_back('\0');
+        ++count_;
+    }
+
+    void remove(std::string_view name) {
+        for (std::size_t i = hashOf(name) & mask();; i = (i + 1) & mask()) {
+            if (slots_[i] == kFree) return;
+            if (slots_[i] != kRemoved && nameAt(slots_[i]) == name) {
+                slots_[i] = kRemoved;
+                --count_;
+                return;
+            }
+        }
+    }
+
+    // How many names equal `name` ignoring case, whether one is spelled the same, and the last of the others.
+    int find(std::string_view name, bool& asSpelled, std::string_view& other) const {
+        int found = 0;
+        asSpelled = false;
+        for (std::size_t i = hashOf(name) & mask(); slots_[i] != kFree; i = (i + 1) & mask()) {
+            if (slots_[i] == kRemoved) continue;
+            const std::string_view candidate = nameAt(slots_[i]);
+            if (!equalIgnoringCase(candidate, name)) continue;
+            ++found;
+            if (candidate == name) {
+                asSpelled = true;
+            } else {
+                other = candidate;
+            }
+        }
+        return found;
+    }
+
+private:
+    static constexpr std::uint32_t kFree = 0xFFFFFFFF;
+    static constexpr std::uint32_t kRemoved = 0xFFFFFFFE;
+
+    static std::size_t hashOf(std::string_view name) {
+        std::uint64_t hash = 14695981039346656037U;
+        for (const char byte : name) hash = (hash ^ foldCase(byte)) * 1099511628211U;
+        return static_cast<std::size_t>(hash ^ (hash >> 32));
+    }
+
+    std::size_t mask() const { return slots_.size() - 1; }
+
+    std::string_view nameAt(std::uint32_t offset) const { return names_.data() + offset; }
+
+    void place(std::uint32_t offset, std::size_t hash) {
+        std::size_t i = hash & mask();
+        while (slots_[i] != kFree) i = (i + 1) & mask();
+        slots_[i] = offset;
+        ++used_;
+    }
+
+    void grow() {
+        const std::vector<std::uint32_t> old = std::exchange(slots_, {});
+        slots_.assign(old.size() * 2, kFree);
+        used_ = 0;
+        for (const std::uint32_t offset : old) {
+            if (offset < kRemoved) place(offset, hashOf(nameAt(offset)));
+        }
+    }
+
+    std::string names_;
+    std::vector<std::uint32_t> slots_ = std::vector<std::uint32_t>(16, kFree);
+    std::size_t used_ = 0;  // slots that are not free, removed ones included
+    std::size_t count_ = 0;
+};
+
+// A folder up to this size is read again without a second thought.
+constexpr std::size_t kSmallFolder = 256;
+// A change within this time after the last one may leave the modification time as it was: the clock
+// of file times ticks in steps, on some file systems of whole seconds (2 where it is coarsest).
+constexpr std::int64_t kClockStep = 20'000'000;
+constexpr std::int64_t kCoarseClockStep = 2'100'000'000;
+// A large folder in that state is read again only after this many times the time the last reading took.
+constexpr std::int64_t kReadingPause = 20;
+constexpr std::size_t kMostFolders = 32;
+
+struct KnownFolder {
+    NameIndex names;
+    std::int64_t modified = 0;  // the folder's modification time that the names belong to
+    bool settled = false;       // any later change will show in the modification time
+    std::int64_t readAt = 0;
+    std::int64_t readingTook = 0;
+    std::uint64_t lastUse = 0;
+};
+
+using FolderId = std::pair<std::uint64_t, std::uint64_t>;
+
+// A folder that exists: its path with a slash at its end (empty for the current folder), what the
+// system says of it, and when it was asked.
+struct Folder {
+    std::string path;
+    struct stat status {};
+    std::int64_t askedAt = 0;
+};
+
+const char* asFolder(const std::string& prefix) {
+    return prefix.empty() ? "./" : prefix.c_str();
+}
+
+// The folders asked about lately. Process-wide like the disk itself.
+class KnownFolders {
+public:
+    // Null when the folder cannot be read.
+    const NameIndex* namesOf(const Folder& place) {
+        KnownFolder& folder = remember(idOf(place.status));
+        const std::int64_t modified = nanoseconds(place.status.st_mtim);
+        if (isCurrent(folder, modified, place.askedAt)) return &folder.names;
+        if (!read(asFolder(place.path), folder)) {
+            folders_.erase(idOf(place.status));
+            return nullptr;
+        }
+        folder.modified = modified;
+        folder.settled = isSettled(modified, place.askedAt);
+        folder.readAt = now();
+        folder.readingTook = folder.readAt - place.askedAt;
+        return &folder.names;
+    }
+
+    // Small folders are read anew instead: their modification time no longer fits.
+    template <class Change>
+    void noteChange(const std::string& prefix, Change change) {
+        struct stat status {};
+        if (stat(asFolder(prefix), &status) != 0) return;
+        const auto found = folders_.find(idOf(status));
+        if (found == folders_.end() || found->second.names.count() <= kSmallFolder) return;
+        change(found->second.names);
+        found->second.modified = nanoseconds(status.st_mtim);
+        found->second.settled = false;
+    }
+
+private:
+    static FolderId idOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
+
+    static bool isSettled(std::int64_t modified, std::int64_t askedAt) {
+        const bool coarse = modified % 1'000'000'000 == 0;
+        return modified + (coarse ? kCoarseClockStep : kClockStep) < askedAt;
+    }
+
+    static bool isCurrent(const KnownFolder& folder, std::int64_t modified, std::int64_t askedAt) {
+        if (folder.readAt == 0 || folder.modified != modified) return false;
+        if (folder.settled) return true;
+        return folder.names.count() > kSmallFolder &&
+               askedAt - folder.readAt < kReadingPause * folder.readingTook;
+    }
+
+    static bool read(const char* path, KnownFolder& folder) {
+        DIR* listing = opendir(path);
+        if (listing == nullptr) return false;
+        folder.names.clear();
+        errno = 0;
+        while (const dirent* entry = readdir(listing)) folder.names.add(entry->d_name);
+        const bool complete = errno == 0;
+        closedir(listing);
+        return complete;
+    }
+
+    KnownFolder& remember(const FolderId& id) {
+        const auto found = folders_.find(id);
+        if (found == folders_.end() && folders_.size() >= kMostFolders) {
+            auto oldest = folders_.begin();
+            for (auto i = folders_.begin(); i != folders_.end(); ++i) {
+                if (i->second.lastUse < oldest->second.lastUse) oldest = i;
+            }
+            folders_.erase(oldest);
+        }
+        KnownFolder& folder = folders_[id];
+        folder.lastUse = ++uses_;
+        return folder;
+    }
+
+    std::map<FolderId, KnownFolder> folders_;
+    std::uint64_t uses_ = 0;
+};
+
+KnownFolders& knownFolders() {
+    static KnownFolders folders;
+    return folders;
+}
+
+// "/a/b" and "/a/b/" are "/a/" and "b"; "b" is "" and "b". The folder keeps its slash, so that the
+// two put together again are the path.
+void splitPath(const std::string& path, std::string& folder, std::string& name) {
+    std::size_t end = path.size();
+    while (end > 1 && path[end - 1] == '/') --end;
+    const std::size_t slash = path.rfind('/', end - 1);
+    const std::size_t begin = slash == std::string::npos || end == 0 ? 0 : slash + 1;
+    folder.assign(path, 0, begin);
+    name.assign(path, begin, end - begin);
+}
+
+// The folder that `prefix` (with a slash at its end, or empty) means.
+bool findFolder(const std::string& prefix, Folder& folder) {
+    folder.askedAt = now();
+    folder.path = prefix;
+    if (stat(asFolder(prefix), &folder.status) == 0) return S_ISDIR(folder.status.st_mode);
+    if (errno != ENOENT || prefix.empty() || prefix == "/") return false;
+    std::string name;
+    std::string parentPath;
+    splitPath(prefix, parentPath, name);
+    Folder parent;
+    if (!findFolder(parentPath, parent)) return false;
+    const NameIndex* names = knownFolders().namesOf(parent);
+    if (names == nullptr) return false;
+    bool asSpelled = false;
+    std::string_view other;
+    const int found = names->find(name, asSpelled, other);
+    if (!asSpelled && found != 1) return false;
+    folder.path = parent.path;
+    folder.path += asSpelled ? std::string_view(name) : other;
+    folder.path += '/';
+    folder.askedAt = now();
+    return stat(folder.path.c_str(), &folder.status) == 0 && S_ISDIR(folder.status.st_mode);
+}
+
+// What the folder of a path holds under its last component.
+struct Spellings {
+    bool hasFolder = false;
+    int count = 0;           // names equal ignoring case
+    bool asSpelled = false;  // one of them is spelled as asked
+    std::string folder;      // its actual path
+    std::string name;        // the last component as asked
+    std::string other;       // one that is spelled otherwise
+};
+
+Spellings findSpellings(const std::string& path) {
+    Spellings result;
+    std::string prefix;
+    splitPath(path, prefix, result.name);
+    Folder folder;
+    if (result.name.empty() || !findFolder(prefix, folder)) return result;
+    result.hasFolder = true;
+    result.folder = folder.path;
+    if (const NameIndex* names = knownFolders().namesOf(folder)) {
+        std::string_view other;
+        result.count = names->find(result.name, result.asSpelled, other);
+        result.other = other;
+    }
+    return result;
+}
+
+}  // namespace
+
+bool findOtherSpelling(const std::string& path, std::string& actual) {
+    const Spellings found = findSpellings(path);
+    if (!found.asSpelled && found.count != 1) return false;
+    actual = found.folder + (found.asSpelled ? found.name : found.other);
+    return actual != path;
+}
+
+bool findPlaceForNew(const std::string& path, std::string& actual) {
+    const Spellings found = findSpellings(path);
+    if (!found.hasFolder) return false;
+    actual = found.folder + (!found.asSpelled && found.count == 1 ? found.other : found.name);
+    return true;
+}
+
+int countSpellings(const std::string& path, std::string& actual) {
+    const Spellings found = findSpellings(path);
+    if (found.count == 1) actual = found.folder + (found.asSpelled ? found.name : found.other);
+    return found.count;
+}
+
+void noteMade(const std::string& actual) {
+    std::string prefix;
+    std::string name;
+    splitPath(actual, prefix, name);
+    knownFolders().noteChange(prefix, [&](NameIndex& names) {
+        names.remove(name);  // opening an entry that was a dangling link makes no second one
+        names.add(name);
+    });
+}
+
+void noteRemoved(const std::string& actual) {
+    std::string prefix;
+    std::string name;
+    splitPath(actual, prefix, name);
+    knownFolders().noteChange(prefix, [&](NameIndex& names) { names.remove(name); });
+}
+
+bool nameComesBefore(const std::string& a, const std::string& b) {
+    const auto rank = [](const std::string& name) { return name == "." ? 0 : name == ".." ? 1 : 2; };
+    if (rank(a) != rank(b)) return rank(a) < rank(b);
+    const std::size_t shorter = std::min(a.size(), b.size());
+    for (std::size_t i = 0; i < shorter; ++i) {
+        if (foldCase(a[i]) != foldCase(b[i])) return foldCase(a[i]) < foldCase(b[i]);
+    }
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+}  // namespace tvxconv::platform

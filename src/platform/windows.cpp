@@ -1,0 +1,456 @@
+// windows.cpp
+//
+// platform.h for Windows, on the C runtime's descriptors and the byte-string half of the system's API.
+// The system ignores letter case by itself, so no path is searched for here. Failures of the runtime come
+// with an errno value; those of the API are turned into one, so that callers see one kind of number.
+
+#include "platform/platform.h"
+
+#define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX  // some compilers define it themselves
+#define NOMINMAX
+#endif
+#include <direct.h>
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <string_view>
+
+namespace tvxconv::platform {
+namespace {
+
+std::atomic<bool> stopped{false};
+std::atomic<std::uint64_t> filesOpenedForWriting{0};
+std::atomic<void (*)()> interruptHandler{nullptr};
+static_assert(std::atomic<bool>::is_always_lock_free, "stopFiles is called from a signal handler");
+
+int errorOf(int result) {
+    return result == -1 ? errno : 0;
+}
+
+int closeWith(int descriptor, int error) {
+    _close(descriptor);
+    return error;
+}
+
+// The errno value that says the same as an error of the API; never 0.
+int errorNumber(DWORD error) {
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_DRIVE:
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_PATHNAME:
+        case ERROR_BAD_NETPATH:
+        case ERROR_BAD_NET_NAME:
+            return ENOENT;
+        case ERROR_DIRECTORY:
+            return ENOTDIR;
+        case ERROR_ACCESS_DENIED:
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return EACCES;
+        case ERROR_WRITE_PROTECT:
+            return EROFS;
+        case ERROR_ALREADY_EXISTS:
+        case ERROR_FILE_EXISTS:
+            return EEXIST;
+        case ERROR_NOT_SAME_DEVICE:
+            return EXDEV;
+        case ERROR_TOO_MANY_LINKS:
+            return EMLINK;
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+            return ENOSPC;
+        case ERROR_TOO_MANY_OPEN_FILES:
+            return EMFILE;
+        case ERROR_NOT_ENOUGH_MEMORY:
+        case ERROR_OUTOFMEMORY:
+            return ENOMEM;
+        case ERROR_FILENAME_EXCED_RANGE:
+            return ENAMETOOLONG;
+        case ERROR_INVALID_FUNCTION:
+        case ERROR_NOT_SUPPORTED:
+            return ENOTSUP;
+        case ERROR_INVALID_HANDLE:
+            return EBADF;
+        case ERROR_INVALID_PARAMETER:
+            return EINVAL;
+        default:
+            return EIO;
+    }
+}
+
+int errorOfCall(BOOL succeeded) {
+    return succeeded ? 0 : errorNumber(GetLastError());
+}
+
+// The runtime may end the program when it is handed a number that cannot be a descriptor.
+bool canBeDescriptor(int descriptor) {
+    if (descriptor >= 0) return true;
+    errno = EBADF;
+    return false;
+}
+
+bool isStopped() {
+    if (!stopped) return false;
+    errno = ECANCELED;
+    return true;
+}
+
+int runtimeMode(FileMode mode) {
+    return (mode == FileMode::text ? _O_TEXT : _O_BINARY) | _O_NOINHERIT;
+}
+
+// Of the nine bits the system keeps one: whether the owner may write.
+int runtimePermissions(unsigned permissions) {
+    return (permissions & 0200U) != 0 ? _S_IREAD | _S_IWRITE : _S_IREAD;
+}
+
+int statusOf(HANDLE handle, FileStatus& status) {
+    SetLastError(NO_ERROR);
+    const DWORD type = GetFileType(handle);
+    if (type == FILE_TYPE_UNKNOWN && GetLastError() != NO_ERROR) return errorNumber(GetLastError());
+    if (type != FILE_TYPE_DISK) {
+        status.kind = FileKind::other;
+        status.permissions = 0666;
+        return 0;
+    }
+    BY_HANDLE_FILE_INFORMATION found{};
+    if (!GetFileInformationByHandle(handle, &found)) return errorNumber(GetLastError());
+    const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const bool isReadOnly = (found.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+    status.kind = isFolder ? FileKind::folder : FileKind::regular;
+    status.permissions = (isReadOnly ? 0444U : 0666U) | (isFolder ? 0111U : 0U);
+    status.size = std::uint64_t{found.nFileSizeHigh} << 32U | found.nFileSizeLow;
+    status.volume = found.dwVolumeSerialNumber;
+    status.number = std::uint64_t{found.nFileIndexHigh} << 32U | found.nFileIndexLow;
+    return 0;
+}
+
+// "\" as "/". In some code pages the second byte of a character looks like a "\" and is left alone.
+std::string withForwardSlashes(std::string path) {
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        if (IsDBCSLeadByte(static_cast<BYTE>(path[i]))) {
+            ++i;
+        } else if (path[i] == '\\') {
+            path[i] = '/';
+        }
+    }
+    return path;
+}
+
+unsigned char foldCase(char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
+}
+
+bool nameComesBefore(const std::string& a, const std::string& b) {
+    const auto rank = [](std::string_view name) { return name == "." ? 0 : name == ".." ? 1 : 2; };
+    if (rank(a) != rank(b)) return rank(a) < rank(b);
+    const auto foldedBefore = [](char x, char y) { return foldCase(x) < foldCase(y); };
+    if (std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), foldedBefore)) return true;
+    if (std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end(), foldedBefore)) return false;
+    return a < b;
+}
+
+// Where the program or library lies that this code has become part of, with a separator at its end; empty
+// when that cannot be told.
+std::string folderOfThisCode() {
+    HMODULE self = nullptr;
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if (!GetModuleHandleExA(flags, reinterpret_cast<const char*>(&stopped), &self)) return {};
+    char path[MAX_PATH];
+    const DWORD length = GetModuleFileNameA(self, path, MAX_PATH);
+    if (length == 0 || length == MAX_PATH) return {};
+    // LoadLibraryA wants the system's own separators, so the path is cut as it came.
+    const std::string file(path, length);
+    return file.substr(0, withForwardSlashes(file).rfind('/') + 1);
+}
+
+void passSignalOn(int number) {
+    std::signal(number, passSignalOn);  // the runtime takes a handler out before it calls it
+    interruptHandler.load()();
+}
+
+BOOL WINAPI passConsoleEventOn(DWORD event) {
+    interruptHandler.load()();
+    // When the window closes, the user logs off or the machine shuts down, the program is ended as soon as
+    // this thread returns. The system waits some seconds for it; those belong to the main thread.
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(INFINITE);
+    return TRUE;
+}
+
+}  // namespace
+
+bool isSameFile(const FileStatus& a, const FileStatus& b) {
+    // Devices, and the files of some network volumes, have no number.
+    return a.kind != FileKind::none && a.number != 0 && a.volume == b.volume && a.number == b.number;
+}
+
+int getStatus(const char* path, FileStatus& status) {
+    status = FileStatus();
+    // No access is asked for, so a file that another program has locked answers too; the flag lets
+    // folders be opened.
+    const HANDLE handle = CreateFileA(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return errorNumber(GetLastError());
+    const int error = statusOf(handle, status);
+    CloseHandle(handle);
+    return error;
+}
+
+int getStatus(int descriptor, FileStatus& status) {
+    status = FileStatus();
+    if (!canBeDescriptor(descriptor)) return errno;
+    const std::intptr_t handle = _get_osfhandle(descriptor);
+    return handle == -1 ? EBADF : statusOf(reinterpret_cast<HANDLE>(handle), status);
+}
+
+int checkAccess(const char* path, int mode) {
+    return errorOf(_access(path, mode & 6));
+}
+
+std::size_t pathLimit() {
+    return MAX_PATH;
+}
+
+bool hasDriveLetters() {
+    return true;
+}
+
+std::string absolutePath(const std::string& path) {
+    const char* asked = path.empty() ? "." : path.c_str();
+    std::string result;
+    DWORD needed = GetFullPathNameA(asked, 0, nullptr, nullptr);
+    // The current folder, and with it the length, may change between the calls.
+    while (needed > result.size()) {
+        result.resize(needed);
+        needed = GetFullPathNameA(asked, needed, result.data(), nullptr);
+    }
+    if (needed == 0) return path;
+    result.resize(needed);
+    return withForwardSlashes(result);
+}
+
+std::string temporaryFolder() {
+    char path[MAX_PATH + 1];
+    const DWORD length = GetTempPathA(sizeof path, path);
+    if (length == 0 || length >= sizeof path) return absolutePath(".");
+    std::string result = withForwardSlashes(std::string(path, length));
+    while (result.ends_with('/')) result.pop_back();
+    return result;
+}
+
+int makeFolder(const char* path) {
+    if (isStopped()) return ECANCELED;
+    return errorOf(_mkdir(path));
+}
+
+int removeFolder(const char* path) {
+    if (isStopped()) return ECANCELED;
+    return errorOf(_rmdir(path));
+}
+
+int listFolder(const char* path, std::vector<std::string>& names) {
+    names.clear();
+    if (isStopped()) return ECANCELED;
+    std::string pattern = withForwardSlashes(path);
+    if (pattern.empty()) return ENOENT;
+    if (!pattern.ends_with('/') && !pattern.ends_with(':')) pattern += '/';
+    pattern += '*';
+
+    // The root of a drive has neither entry, and an empty one yields nothing at all.
+    names = {".", ".."};
+    const auto isListed = [](std::string_view name) { return name == "." || name == ".."; };
+    WIN32_FIND_DATAA entry{};
+    const HANDLE search = FindFirstFileA(pattern.c_str(), &entry);
+    DWORD error = ERROR_SUCCESS;
+    if (search == INVALID_HANDLE_VALUE) {
+        error = GetLastError();
+        if (error == ERROR_FILE_NOT_FOUND) return 0;  // a missing folder is ERROR_PATH_NOT_FOUND
+    } else {
+        do {
+            if (!isListed(entry.cFileName)) names.emplace_back(entry.cFileName);
+        } while (FindNextFileA(search, &entry));
+        error = GetLastError();
+        FindClose(search);
+        if (error == ERROR_NO_MORE_FILES) error = ERROR_SUCCESS;
+    }
+    if (error != ERROR_SUCCESS) {
+        names.clear();
+        return errorNumber(error);
+    }
+    std::sort(names.begin(), names.end(), nameComesBefore);
+    return 0;
+}
+
+int openForReading(const char* path, FileMode mode, int& descriptor) {
+    descriptor = -1;
+    if (isStopped()) return ECANCELED;
+    const int opened = _open(path, _O_RDONLY | runtimeMode(mode));
+    if (opened == -1) return errno;
+    FileStatus status;
+    if (const int error = getStatus(opened, status)) return closeWith(opened, error);
+    if (status.kind != FileKind::regular) return closeWith(opened, EINVAL);
+    descriptor = opened;
+    return 0;
+}
+
+int openForWriting(const char* path, FileMode mode, unsigned permissions, const FileStatus* source,
+                   int& descriptor) {
+    descriptor = -1;
+    if (isStopped()) return ECANCELED;
+    const int opened = _open(path, _O_WRONLY | _O_CREAT | runtimeMode(mode), runtimePermissions(permissions));
+    if (opened == -1) return errno;
+    FileStatus status;
+    if (const int error = getStatus(opened, status)) return closeWith(opened, error);
+    if (status.kind != FileKind::regular) return closeWith(opened, EINVAL);
+    if (source != nullptr && isSameFile(*source, status)) return closeWith(opened, EEXIST);
+    if (status.size != 0) {
+        if (const int error = _chsize_s(opened, 0)) return closeWith(opened, error);
+    }
+    filesOpenedForWriting.fetch_add(1, std::memory_order_relaxed);
+    descriptor = opened;
+    return 0;
+}
+
+int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor) {
+    static std::atomic<unsigned> count{0};
+    temporary.clear();
+    descriptor = -1;
+    if (isStopped()) return ECANCELED;
+    // Names can only be taken already by an earlier process of the same number that was cut short.
+    const std::string stem = std::string(path) + '.' + std::to_string(GetCurrentProcessId()) + '-';
+    for (int attempt = 0; attempt < 1000; ++attempt) {
+        const std::string name = stem + std::to_string(count++);
+        const int opened = _open(name.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | runtimeMode(FileMode::binary),
+                                 _S_IREAD | _S_IWRITE);
+        if (opened != -1) {
+            temporary = name;
+            descriptor = opened;
+            return 0;
+        }
+        if (errno != EEXIST) return errno;
+    }
+    return EEXIST;
+}
+
+// The runtime counts bytes in an int, and in text mode reads fewer than asked for wherever it has dropped
+// a "\r": both loops go on until the size is reached or nothing comes any more.
+constexpr std::size_t largestPiece = std::size_t{1} << 30U;
+
+std::int64_t readSome(int descriptor, void* buffer, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        if (isStopped() || !canBeDescriptor(descriptor)) return -1;
+        const auto piece = static_cast<unsigned>(std::min(size - done, largestPiece));
+        const int result = _read(descriptor, static_cast<char*>(buffer) + done, piece);
+        if (result < 0) return -1;
+        if (result == 0) break;
+        done += static_cast<std::size_t>(result);
+    }
+    return static_cast<std::int64_t>(done);
+}
+
+std::int64_t writeSome(int descriptor, const void* data, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        if (isStopped() || !canBeDescriptor(descriptor)) return -1;
+        const auto piece = static_cast<unsigned>(std::min(size - done, largestPiece));
+        const int result = _write(descriptor, static_cast<const char*>(data) + done, piece);
+        if (result < 0) return -1;
+        if (result == 0) break;
+        done += static_cast<std::size_t>(result);
+    }
+    return static_cast<std::int64_t>(done);
+}
+
+std::int64_t copySome(int, int, std::size_t) {
+    return isStopped() ? -1 : 0;  // the system copies by name only, not between open files
+}
+
+int flushToDisk(int descriptor) {
+    return canBeDescriptor(descriptor) ? errorOf(_commit(descriptor)) : EBADF;
+}
+
+int closeFile(int descriptor) {
+    return canBeDescriptor(descriptor) ? errorOf(_close(descriptor)) : EBADF;
+}
+
+int makeWritable(const char* path) {
+    if (isStopped()) return ECANCELED;
+    return errorOf(_chmod(path, _S_IREAD | _S_IWRITE));
+}
+
+int setPermissions(const char* path, unsigned permissions) {
+    if (isStopped()) return ECANCELED;
+    return errorOf(_chmod(path, runtimePermissions(permissions)));
+}
+
+int removeFile(const char* path) {
+    if (isStopped()) return ECANCELED;
+    return errorOf(_unlink(path));
+}
+
+int replaceFile(const char* from, const char* to) {
+    if (isStopped()) return ECANCELED;
+    return errorOfCall(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING));  // rename refuses an existing file
+}
+
+int linkFile(const char* from, const char* to) {
+    if (isStopped()) return ECANCELED;
+    return errorOfCall(CreateHardLinkA(to, from, nullptr));
+}
+
+void stopFiles() {
+    stopped = true;
+}
+
+void resumeFiles() {
+    stopped = false;
+}
+
+std::uint64_t filesWritten() {
+    return filesOpenedForWriting.load(std::memory_order_relaxed);
+}
+
+void* loadModule(const char* name) {
+    const std::string fileName = std::string(name) + ".dll";
+    const std::string folder = folderOfThisCode();
+    // Without this the system may ask the user about a damaged module, in a window of its own.
+    DWORD oldMode = 0;
+    SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &oldMode);
+    HMODULE module = nullptr;
+    if (!folder.empty()) module = LoadLibraryA((folder + fileName).c_str());
+    if (module == nullptr) module = LoadLibraryA(fileName.c_str());
+    SetThreadErrorMode(oldMode, nullptr);
+    return module;
+}
+
+void* findSymbol(void* module, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+
+void onInterrupt(void (*handler)()) {
+    const bool isFirst = interruptHandler.exchange(handler) == nullptr;
+    if (!isFirst) return;
+    for (const int number : {SIGINT, SIGTERM}) std::signal(number, passSignalOn);
+    // After the signals: the handler that was set last is asked first, and the runtime has one of its own.
+    SetConsoleCtrlHandler(passConsoleEventOn, TRUE);
+}
+
+bool isTerminal(int descriptor) {
+    if (!canBeDescriptor(descriptor) || !_isatty(descriptor)) return false;
+    DWORD mode = 0;  // the null device passes for a terminal with the runtime, but has no console mode
+    return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
+}
+
+}  // namespace tvxconv::platform

@@ -1,0 +1,33 @@
+#include "tarnet/TarnetProjectConverter.h"
+
+#include "converter/errors.h"
+
+namespace tvxconv {
+
+TarnetProjectConverter::TarnetProjectConverter(const char* libraryPath) : ProjectConverter(libraryPath) {}
+
+int TarnetProjectConverter::convert(int, const std::string&) {
+    return 1;
+}
+
+int TarnetProjectConverter::getLibraryParentName(std::string& name) {
+    return readField(libraryParentName_, name);
+}
+
+int TarnetProjectConverter::getNewStructure(std::vector<std::string>&) {
+    return 1;
+}
+
+int TarnetProjectConverter::writeReport(const std::vector<std::string>&, const std::string&) {
+    return 1;
+}
+
+int TarnetProjectConverter::getLastErrorCode(int& code) {
+    return tvxconv::getLastErrorCode(code);
+}
+
+int TarnetProjectConverter::getLastErrorMessage(std::string& message) {
+    return tvxconv::getLastErrorMessage(message);
+}
+
+}  // namespace tvxconv

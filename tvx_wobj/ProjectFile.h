@@ -1,0 +1,34 @@
+// ProjectFile.h
+//
+// One project file in memory: read and checked from end to end, changed by its user, put back in one
+// piece. The form of the file is in tvx_wobj.h.
+
+#pragma once
+
+#include <string>
+
+#include "platform/platform.h"
+#include "tvx_wobj/JsonTree.h"
+
+namespace tvxconv::wobj {
+
+class ProjectFile {
+public:
+    // Reads the file and checks the type of every value that this library knows. Returns 0, or non-zero
+    // with `root` undefined. May throw std::bad_alloc.
+    int read(const std::string& path);
+
+    // Puts `root` in the place of the file that was read; a file that the user may not write is left
+    // alone. Returns 0, or non-zero with the file as it was. May throw std::bad_alloc, with the file as
+    // it was.
+    int write() const;
+
+    // The project. After `read`: an object whose members have the types that tvx_wobj.h shows.
+    JsonValue root;
+
+private:
+    std::string path_;
+    unsigned permissions_ = 0;
+};
+
+}  // namespace tvxconv::wobj

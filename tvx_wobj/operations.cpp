@@ -1,0 +1,398 @@
+// operations.cpp
+//
+// The functions of tvx_wobj.h on the tree of a project file.
+
+#include <algorithm>
+#include <cstddef>
+#include <initializer_list>
+#include <map>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "tvx_wobj/ProjectFile.h"
+#include "tvx_wobj/tvx_wobj.h"
+
+namespace tvx_wobj {
+namespace {
+
+using tvxconv::wobj::isUtf8;
+using tvxconv::wobj::JsonValue;
+using tvxconv::wobj::ProjectFile;
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+
+// The last stop for exceptions.
+template <class Operation>
+int guarded(Operation operation) noexcept {
+    try {
+        return operation();
+    } catch (...) {
+        return kFailed;
+    }
+}
+
+bool areUtf8(const Strings& texts) {
+    return std::all_of(texts.begin(), texts.end(), isUtf8);
+}
+
+bool areUtf8(std::initializer_list<const std::string*> texts) {
+    return std::all_of(texts.begin(), texts.end(), [](const std::string* text) { return isUtf8(*text); });
+}
+
+// --- texts that are compared ---
+
+char foldCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// The form in which paths are equal when they differ only in case and in the kind of separator.
+std::string foldPath(std::string_view path) {
+    std::string folded(path);
+    for (char& c : folded) c = c == '\\' ? '/' : foldCase(c);
+    return folded;
+}
+
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return foldCase(x) == foldCase(y); });
+}
+
+std::string foldName(std::string_view name) {
+    std::string folded(name);
+    std::transform(folded.begin(), folded.end(), folded.begin(), foldCase);
+    return folded;
+}
+
+std::string fileNameOf(const std::string& path) {
+    const std::size_t separator = path.find_last_of("/\\");
+    return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+// --- members of an object, which may be missing ---
+
+const std::string& textOf(const JsonValue& object, std::string_view key) {
+    static const std::string none;
+    const JsonValue* value = object.find(key);
+    return value == nullptr ? none : value->text;
+}
+
+// Whether that changed anything. A missing text reads as the empty one, so it is not added to say the same.
+bool setText(JsonValue& object, std::string_view key, const std::string& text) {
+    if (textOf(object, key) == text) return false;
+    JsonValue* value = object.find(key);
+    if (value == nullptr) {
+        object.add(std::string(key), JsonValue::ofText(text));
+    } else {
+        value->text = text;
+    }
+    return true;
+}
+
+JsonValue& findOrAdd(JsonValue& object, std::string_view key, JsonValue empty) {
+    JsonValue* value = object.find(key);
+    return value != nullptr ? *value : object.add(std::string(key), std::move(empty));
+}
+
+// --- folders and entries ---
+
+JsonValue* findFolder(JsonValue& parent, std::string_view name) {
+    JsonValue* folders = parent.find("folders");
+    if (folders == nullptr) return nullptr;
+    for (JsonValue& folder : folders->elements) {
+        if (equalIgnoringCase(textOf(folder, "name"), name)) return &folder;
+    }
+    return nullptr;
+}
+
+JsonValue& addFolder(JsonValue& parent, const std::string& name) {
+    JsonValue& folders = findOrAdd(parent, "folders", JsonValue::emptyArray());
+    JsonValue& folder = folders.elements.emplace_back(JsonValue::emptyObject());
+    folder.add("name", JsonValue::ofText(name));
+    return folder;
+}
+
+JsonValue newEntry(const std::string& itemType, const std::string& path) {
+    JsonValue entry = JsonValue::emptyObject();
+    entry.add("name", JsonValue::ofText(fileNameOf(path)));
+    entry.add("path", JsonValue::ofText(path));
+    entry.add("type", JsonValue::ofText(itemType));
+    return entry;
+}
+
+// Whether that changed anything. The display name is the user's own as long as the file name is the old one.
+bool setPath(JsonValue& entry, const std::string& path) {
+    const std::string oldFileName = fileNameOf(textOf(entry, "path"));
+    const std::string fileName = fileNameOf(path);
+    bool changed = setText(entry, "path", path);
+    if (!equalIgnoringCase(oldFileName, fileName) && setText(entry, "name", fileName)) changed = true;
+    return changed;
+}
+
+// Whether that changed anything, here and below.
+bool replaceEntries(std::vector<JsonValue>& entries, const std::string& itemType, const Strings& paths) {
+    bool changed = false;
+    std::size_t next = 0;
+    std::vector<JsonValue> kept;
+    kept.reserve(entries.size());
+    for (JsonValue& entry : entries) {
+        if (equalIgnoringCase(textOf(entry, "type"), itemType)) {
+            if (next == paths.size()) {
+                changed = true;
+                continue;
+            }
+            if (setPath(entry, paths[next])) changed = true;
+            ++next;
+        }
+        kept.push_back(std::move(entry));
+    }
+    for (; next < paths.size(); ++next) {
+        kept.push_back(newEntry(itemType, paths[next]));
+        changed = true;
+    }
+    entries = std::move(kept);
+    return changed;
+}
+
+bool addEntries(std::vector<JsonValue>& entries, const std::string& itemType, const Strings& paths) {
+    std::unordered_set<std::string> listed;
+    for (const JsonValue& entry : entries) {
+        if (equalIgnoringCase(textOf(entry, "type"), itemType))
+            listed.insert(foldPath(textOf(entry, "path")));
+    }
+    bool changed = false;
+    for (const std::string& path : paths) {
+        if (!listed.insert(foldPath(path)).second) continue;
+        entries.push_back(newEntry(itemType, path));
+        changed = true;
+    }
+    return changed;
+}
+
+// --- what the two forms of each function share ---
+
+// A way to a folder: its name, then perhaps that of a sub-folder.
+using FolderPath = std::initializer_list<const std::string*>;
+
+int readEntries(const std::string& project, FolderPath folderPath, Strings& names, Strings& paths,
+                Strings* types) {
+    ProjectFile file;
+    if (file.read(project) != 0) return kFailed;
+    JsonValue* folder = &file.root;
+    for (const std::string* name : folderPath) {
+        folder = findFolder(*folder, *name);
+        if (folder == nullptr) return kDone;
+    }
+    const JsonValue* entries = folder->find("files");
+    if (entries == nullptr) return kDone;
+    Strings found[3];
+    const char* const keys[3] = {"name", "path", "type"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        found[i].reserve(entries->elements.size());
+        for (const JsonValue& entry : entries->elements) found[i].push_back(textOf(entry, keys[i]));
+    }
+    // Nothing can fail any more: the outputs are filled all together or not at all.
+    names.swap(found[0]);
+    paths.swap(found[1]);
+    if (types != nullptr) types->swap(found[2]);
+    return kDone;
+}
+
+int writeEntries(const std::string& project, FolderPath folderPath, const std::string& itemType,
+                 const Strings& paths, bool replace, bool createFolder) {
+    if (!areUtf8(folderPath) || !isUtf8(itemType) || !areUtf8(paths)) return kFailed;
+    ProjectFile file;
+    if (file.read(project) != 0) return kFailed;
+    JsonValue* folder = &file.root;
+    for (const std::string* name : folderPath) {
+        JsonValue* next = findFolder(*folder, *name);
+        if (next == nullptr) {
+            if (paths.empty()) return kDone;
+            if (!createFolder) return kFailed;
+            next = &addFolder(*folder, *name);
+        }
+        folder = next;
+    }
+    if (paths.empty() && folder->find("files") == nullptr) return kDone;
+    std::vector<JsonValue>& entries = findOrAdd(*folder, "files", JsonValue::emptyArray()).elements;
+    const bool changed =
+        replace ? replaceEntries(entries, itemType, paths) : addEntries(entries, itemType, paths);
+    return !changed || file.write() == 0 ? kDone : kFailed;
+}
+
+// --- simulation profiles ---
+
+// The profiles of a project by folded name and schematic; those that share both in file order.
+using ProfileIndex = std::multimap<std::pair<std::string, std::string>, const JsonValue*>;
+
+std::vector<JsonValue> makeProfiles(const std::vector<JsonValue>& oldProfiles, const Strings& paths,
+                                    const Strings& names, const Strings& schematics) {
+    ProfileIndex known;
+    for (const JsonValue& profile : oldProfiles) {
+        known.emplace(std::pair(foldName(textOf(profile, "name")), foldName(textOf(profile, "schematic"))),
+                      &profile);
+    }
+    std::vector<JsonValue> profiles;
+    profiles.reserve(paths.size());
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const auto old = known.find(std::pair(foldName(names[i]), foldName(schematics[i])));
+        JsonValue& profile = profiles.emplace_back(JsonValue::emptyObject());
+        if (old != known.end()) {
+            profile = *old->second;
+            known.erase(old);
+            setText(profile, "path", paths[i]);
+            setText(profile, "name", names[i]);
+            setText(profile, "schematic", schematics[i]);
+        } else {
+            profile.add("path", JsonValue::ofText(paths[i]));
+            profile.add("name", JsonValue::ofText(names[i]));
+            profile.add("schematic", JsonValue::ofText(schematics[i]));
+        }
+    }
+    return profiles;
+}
+
+}  // namespace
+
+int readProjectFiles(const std::string& project, const char* folder, Strings& paths, Strings& names, bool) {
+    paths.clear();
+    names.clear();
+    return guarded([&] {
+        if (folder == nullptr) return kFailed;
+        const std::string folderName = folder;
+        return readEntries(project, {&folderName}, names, paths, nullptr);
+    });
+}
+
+int readProjectFiles(const std::string& project, const char* folder, const char* subFolder, Strings& names,
+                     Strings& paths, bool) {
+    names.clear();
+    paths.clear();
+    return guarded([&] {
+        if (folder == nullptr || subFolder == nullptr) return kFailed;
+        const std::string folderName = folder;
+        const std::string subFolderName = subFolder;
+        return readEntries(project, {&folderName, &subFolderName}, names, paths, nullptr);
+    });
+}
+
+int readProjectFileDirectly(const std::string& project, const std::string& folder, Strings& names,
+                            Strings& paths, Strings& types) {
+    names.clear();
+    paths.clear();
+    types.clear();
+    return guarded([&] { return readEntries(project, {&folder}, names, paths, &types); });
+}
+
+int readProjectFileDirectly(const std::string& project, const std::string& folder,
+                            const std::string& subFolder, Strings& names, Strings& paths, Strings& types) {
+    names.clear();
+    paths.clear();
+    types.clear();
+    return guarded([&] { return readEntries(project, {&folder, &subFolder}, names, paths, &types); });
+}
+
+int writeProjectFiles(const std::string& project, const std::string& folder, const std::string& itemType,
+                      const Strings& paths, bool replace, bool createFolder, bool) {
+    return guarded([&] { return writeEntries(project, {&folder}, itemType, paths, replace, createFolder); });
+}
+
+int writeProjectFiles(const std::string& project, const std::string& folder, const std::string& subFolder,
+                      const std::string& itemType, const Strings& paths, bool replace, bool createFolder,
+                      bool, bool) {
+    return guarded([&] {
+        return writeEntries(project, {&folder, &subFolder}, itemType, paths, replace, createFolder);
+    });
+}
+
+int writeItemToProject(const std::string& project, const std::string& folder, const std::string& item,
+                       const std::string& value, bool) {
+    return guarded([&] {
+        if (!areUtf8({&folder, &item, &value})) return kFailed;
+        ProjectFile file;
+        if (file.read(project) != 0) return kFailed;
+        JsonValue* holder = findFolder(file.root, folder);
+        if (holder == nullptr) holder = &addFolder(file.root, folder);
+        JsonValue& items = findOrAdd(*holder, "items", JsonValue::emptyObject());
+        const auto found = std::find_if(items.keys.begin(), items.keys.end(),
+                                        [&](const std::string& key) { return equalIgnoringCase(key, item); });
+        if (found == items.keys.end()) {
+            items.add(item, JsonValue::ofText(value));
+        } else {
+            std::string& text = items.elements[static_cast<std::size_t>(found - items.keys.begin())].text;
+            if (text == value) return kDone;
+            text = value;
+        }
+        return file.write() == 0 ? kDone : kFailed;
+    });
+}
+
+int updateInProjectFile(const std::string& project, const std::string& folder, const std::string& itemType,
+                        const std::string& oldPath, const std::string& newPath) {
+    return guarded([&] {
+        if (!isUtf8(newPath)) return kFailed;
+        ProjectFile file;
+        if (file.read(project) != 0) return kFailed;
+        JsonValue* holder = findFolder(file.root, folder);
+        JsonValue* entries = holder == nullptr ? nullptr : holder->find("files");
+        if (entries == nullptr) return kFailed;
+        const std::string wanted = foldPath(oldPath);
+        for (JsonValue& entry : entries->elements) {
+            if (!equalIgnoringCase(textOf(entry, "type"), itemType)) continue;
+            if (foldPath(textOf(entry, "path")) != wanted) continue;
+            return !setPath(entry, newPath) || file.write() == 0 ? kDone : kFailed;
+        }
+        return kFailed;
+    });
+}
+
+int readSimProfiles(const std::string& project, Strings& paths, Strings& names, std::string& active, bool) {
+    paths.clear();
+    names.clear();
+    active.clear();
+    return guarded([&] {
+        ProjectFile file;
+        if (file.read(project) != 0) return kFailed;
+        const JsonValue* simulation = file.root.find("simulationProfiles");
+        if (simulation == nullptr) return kDone;
+        Strings foundPaths;
+        Strings foundNames;
+        std::string foundActive = textOf(*simulation, "active");
+        if (const JsonValue* profiles = simulation->find("profiles")) {
+            for (const JsonValue& profile : profiles->elements) {
+                foundPaths.push_back(textOf(profile, "path"));
+                foundNames.push_back(textOf(profile, "name"));
+            }
+        }
+        paths.swap(foundPaths);
+        names.swap(foundNames);
+        active.swap(foundActive);
+        return kDone;
+    });
+}
+
+int writeSimProfiles(const std::string& project, const Strings& paths, const Strings& names,
+                     const Strings& schematics, const std::string& active, bool) {
+    return guarded([&] {
+        if (names.size() != paths.size() || schematics.size() != paths.size()) return kFailed;
+        if (!areUtf8(paths) || !areUtf8(names) || !areUtf8(schematics) || !isUtf8(active)) return kFailed;
+        ProjectFile file;
+        if (file.read(project) != 0) return kFailed;
+        if (file.root.find("simulationProfiles") == nullptr && paths.empty() && active.empty()) return kDone;
+        JsonValue& simulation = findOrAdd(file.root, "simulationProfiles", JsonValue::emptyObject());
+        bool changed = setText(simulation, "active", active);
+        if (simulation.find("profiles") != nullptr || !paths.empty()) {
+            std::vector<JsonValue>& profiles =
+                findOrAdd(simulation, "profiles", JsonValue::emptyArray()).elements;
+            std::vector<JsonValue> newProfiles = makeProfiles(profiles, paths, names, schematics);
+            if (newProfiles != profiles) {
+                profiles = std::move(newProfiles);
+                changed = true;
+            }
+        }
+        return !changed || file.write() == 0 ? kDone : kFailed;
+    });
+}
+
+}  // namespace tvx_wobj
