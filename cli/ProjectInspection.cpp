@@ -31,7 +31,9 @@ bool canBeFolderName(const std::string& name) {
 
 // "FILE:LINE: ", or "FILE: " for a line of 0.
 std::string place(const std::string& file, std::size_t line) {
-    return file + (line != 0 ? ":" + std::to_string(line) : std::string()) + ": ";
+    std::string text = file;
+    if (line != 0) text.append(":").append(std::to_string(line));
+    return text.append(": ");
 }
 
 // The first line of a JSON file that holds a text, written as JSON writes it; 0 when none does.

@@ -95,7 +95,8 @@ useConsumer() {
 }
 
 buildConsumer() {
-    "$cmake" -S "$source/tests/consumer" -B "$scratch/consumer" -DCMAKE_BUILD_TYPE=Release \
+    "$cmake" -S "$source/tests/consumer" -B "$scratch/consumer" -G "$(cached CMAKE_GENERATOR)" \
+        -DCMAKE_MAKE_PROGRAM="$(cached CMAKE_MAKE_PROGRAM)" -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_PREFIX_PATH="$prefix" &&
         "$cmake" --build "$scratch/consumer"
 }

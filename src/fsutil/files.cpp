@@ -1,5 +1,6 @@
 #include "fsutil/files.h"
 
+#include <algorithm>
 #include <array>
 #include <new>
 #include <utility>
@@ -14,6 +15,7 @@ namespace tvxconv::fsutil {
 namespace {
 
 constexpr std::size_t kCopyBlock = 8192;
+constexpr unsigned kOwnerMayWrite = 0200;
 constexpr int kFolderMode = 0777;
 
 struct ListingNode {
@@ -25,14 +27,16 @@ bool isSeparator(char byte) {
     return byte == '/' || byte == '\\';
 }
 
-// Copies what is left of one open file to another: by the system where it can, in blocks where not.
-// The blocks also settle what a 0 from the system meant.
-int copyOpenFiles(int from, int to) {
-    constexpr std::size_t kSystemStep = std::size_t{64} << 20;
-    for (;;) {
-        const std::int64_t moved = platform::copySome(from, to, kSystemStep);
+// Copies what is left of one open file, `size` bytes when it was opened, to another: by the system
+// where it can, and the rest in blocks. The blocks find the end of a file that has grown meanwhile.
+int copyOpenFiles(int from, int to, std::uint64_t size) {
+    constexpr std::uint64_t kSystemStep = std::uint64_t{64} << 20;
+    for (std::uint64_t left = size; left != 0;) {
+        const auto step = static_cast<std::size_t>(std::min(left, kSystemStep));
+        const std::int64_t moved = platform::copySome(from, to, step);
         if (moved < 0) return -1;
         if (moved == 0) break;
+        left -= static_cast<std::uint64_t>(moved);
     }
     std::array<char, kCopyBlock> block;
     for (;;) {
@@ -41,6 +45,26 @@ int copyOpenFiles(int from, int to) {
         if (got == 0) return 0;
         if (platform::writeSome(to, block.data(), static_cast<std::size_t>(got)) != got) return -1;
     }
+}
+
+// copyFileContents; `isWritable` tells whether the copy's owner may write to it, as far as is known.
+int copyContents(const char* source, const char* destination, bool& isWritable) {
+    isWritable = false;
+    // The source is opened first: a destination is not emptied for a file that cannot be read.
+    int from = -1;
+    platform::FileStatus sourceStatus;
+    if (platform::openForReading(source, platform::FileMode::binary, from, &sourceStatus) != 0) return -1;
+    int to = -1;
+    platform::FileStatus copyStatus;
+    int result = -1;
+    if (platform::openForWriting(destination, platform::FileMode::binary, sourceStatus.permissions,
+                                 &sourceStatus, to, &copyStatus) == 0) {
+        result = copyOpenFiles(from, to, sourceStatus.size);
+        if (platform::closeFile(to) != 0) result = -1;
+        isWritable = (copyStatus.permissions & kOwnerMayWrite) != 0;
+    }
+    platform::closeFile(from);
+    return result;
 }
 
 // The process-wide record that nextDirectoryEntry hands out.
@@ -75,27 +99,16 @@ int makeDirectory(const char* path, int /*mode*/) {
 
 int copyStream(const char* source, int descriptor) {
     int from = -1;
-    if (platform::openForReading(source, platform::FileMode::binary, from) != 0) return -1;
-    const int result = copyOpenFiles(from, descriptor);
+    platform::FileStatus status;
+    if (platform::openForReading(source, platform::FileMode::binary, from, &status) != 0) return -1;
+    const int result = copyOpenFiles(from, descriptor, status.size);
     platform::closeFile(from);
     return result;
 }
 
 int copyFileContents(const char* source, const char* destination) {
-    // The source is opened first: a destination is not emptied for a file that cannot be read.
-    int from = -1;
-    if (platform::openForReading(source, platform::FileMode::binary, from) != 0) return -1;
-    platform::FileStatus status;
-    int to = -1;
-    int result = -1;
-    if (platform::getStatus(from, status) == 0 &&
-        platform::openForWriting(destination, platform::FileMode::binary, status.permissions, &status, to) ==
-            0) {
-        result = copyOpenFiles(from, to);
-        if (platform::closeFile(to) != 0) result = -1;
-    }
-    platform::closeFile(from);
-    return result;
+    bool isWritable = false;
+    return copyContents(source, destination, isWritable);
 }
 
 DirectoryListing* openDirectoryListing(const char* path) {
@@ -200,7 +213,8 @@ int createDirectories(const std::string& path) {
 int copyFile(const std::string& source, const std::string& destination) {
     if (equalIgnoringCase(source, destination)) return 0;
     if (!isPathText(source) || !isPathText(destination)) return 1;
-    if (copyFileContents(source.c_str(), destination.c_str()) < 0) {
+    bool isWritable = false;
+    if (copyContents(source.c_str(), destination.c_str(), isWritable) < 0) {
         platform::FileStatus from;
         platform::FileStatus to;
         const bool sameFile = platform::getStatus(source.c_str(), from) == 0 &&
@@ -208,7 +222,7 @@ int copyFile(const std::string& source, const std::string& destination) {
                               platform::isSameFile(from, to);
         return sameFile ? 0 : 1;
     }
-    return platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
+    return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
 }
 
 int deleteFile(const std::string& path) {

@@ -30,8 +30,9 @@ void LineReader::reset() {
 int LineReader::open(const std::string& path) {
     reset();
     if (!isPathText(path)) return 1;
-    if (platform::openForReading(path.c_str(), platform::FileMode::text, descriptor_) != 0) return 1;
-    platform::getStatus(descriptor_, status_);
+    if (platform::openForReading(path.c_str(), platform::FileMode::text, descriptor_, &status_) != 0) {
+        return 1;
+    }
     buffer_.resize(kBufferSize);
     ended_ = false;
     return 0;

@@ -73,14 +73,16 @@ int listFolder(const char* path, std::vector<std::string>& names);
 // Text mode translates line ends where the system's text files differ from "\n", and nowhere else.
 enum class FileMode { binary, text };
 
-// Opens a plain file for reading; anything else (a folder, a pipe, a device) fails.
-int openForReading(const char* path, FileMode mode, int& descriptor);
+// Opens a plain file for reading; anything else (a folder, a pipe, a device) fails. `opened`, where
+// given, tells what was opened.
+int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus* opened = nullptr);
 
 // Opens a plain file for writing from its start, emptied if it is there and made with `permissions`
 // (less the process's mask) if not. Fails, and leaves the file alone, when it is the one that
-// `source` tells of: a file is never emptied while it is being read. `source` may be null.
+// `source` tells of: a file is never emptied while it is being read. `source` may be null; `opened`,
+// where given, tells what was opened, before it was emptied.
 int openForWriting(const char* path, FileMode mode, unsigned permissions, const FileStatus* source,
-                   int& descriptor);
+                   int& descriptor, FileStatus* opened = nullptr);
 
 // Makes a new file in the folder of `path`, with a name of its own, open for binary writing.
 int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor);

@@ -175,39 +175,45 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
-int openForReading(const char* path, FileMode, int& descriptor) {
+int openForReading(const char* path, FileMode, int& descriptor, FileStatus* opened) {
     descriptor = -1;
     if (stopped) return ECANCELED;
-    const int opened =
-        onExisting(path, [](const char* actual) { return open(actual, O_RDONLY | kOpenFlags); });
-    if (opened == -1) return errno;
-    struct stat status {};
-    if (fstat(opened, &status) != 0) return closeWith(opened, errno);
-    if (!S_ISREG(status.st_mode)) return closeWith(opened, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
-    descriptor = opened;
+    const int file = onExisting(path, [](const char* actual) { return open(actual, O_RDONLY | kOpenFlags); });
+    if (file == -1) return errno;
+    FileStatus status;
+    if (const int error = getStatus(file, status); error != 0) return closeWith(file, error);
+    if (status.kind != FileKind::regular) {
+        return closeWith(file, status.kind == FileKind::folder ? EISDIR : EINVAL);
+    }
+    if (opened != nullptr) *opened = status;
+    descriptor = file;
     return 0;
 }
 
 int openForWriting(const char* path, FileMode, unsigned permissions, const FileStatus* source,
-                   int& descriptor) {
+                   int& descriptor, FileStatus* opened) {
     descriptor = -1;
     if (stopped) return ECANCELED;
-    int opened = open(path, O_WRONLY | kOpenFlags);
-    if (opened == -1) {
-        if (errno != ENOENT) return errno;
+    int file = -1;
+    if (!isInFolderAskedLast(path)) {
+        file = open(path, O_WRONLY | kOpenFlags);
+        if (file == -1 && errno != ENOENT) return errno;
+    }
+    if (file == -1) {
         std::string actual;
         if (!findPlaceForNew(path, actual)) return ENOENT;
-        opened = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
-        if (opened == -1) return errno;
+        file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
+        if (file == -1) return errno;
         noteMade(actual);
     }
-    struct stat status {};
-    if (fstat(opened, &status) != 0) return closeWith(opened, errno);
-    if (!S_ISREG(status.st_mode)) return closeWith(opened, EINVAL);
-    if (source != nullptr && isSameFile(*source, statusFrom(status))) return closeWith(opened, EEXIST);
-    if (status.st_size != 0 && ftruncate(opened, 0) != 0) return closeWith(opened, errno);
+    FileStatus status;
+    if (const int error = getStatus(file, status); error != 0) return closeWith(file, error);
+    if (status.kind != FileKind::regular) return closeWith(file, EINVAL);
+    if (source != nullptr && isSameFile(*source, status)) return closeWith(file, EEXIST);
+    if (status.size != 0 && ftruncate(file, 0) != 0) return closeWith(file, errno);
     filesOpenedForWriting.fetch_add(1, std::memory_order_relaxed);
-    descriptor = opened;
+    if (opened != nullptr) *opened = status;
+    descriptor = file;
     return 0;
 }
 

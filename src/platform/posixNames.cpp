@@ -1,11 +1,15 @@
 #include "platform/posixNames.h"
 
 #include <dirent.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <map>
@@ -125,6 +129,24 @@ private:
     std::size_t count_ = 0;
 };
 
+// Whether a modification time that has been asked for differs after every later change. Linux has kept
+// that promise since 6.13 on these file systems; elsewhere two changes within one step of the clock can
+// have one time.
+bool showsEveryChange(int folder) {
+    static const bool isPromised = [] {
+        utsname system{};
+        int major = 0;
+        int minor = 0;
+        if (uname(&system) != 0 || std::sscanf(system.release, "%d.%d", &major, &minor) != 2) return false;
+        return major > 6 || (major == 6 && minor >= 13);
+    }();
+    struct statfs status {};
+    if (!isPromised || fstatfs(folder, &status) != 0) return false;
+    const auto type = static_cast<unsigned long>(status.f_type);
+    return type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC ||
+           type == TMPFS_MAGIC;
+}
+
 // A folder up to this size is read again without a second thought.
 constexpr std::size_t kSmallFolder = 256;
 // A change within this time after the last one may leave the modification time as it was: the clock
@@ -138,7 +160,8 @@ constexpr std::size_t kMostFolders = 32;
 struct KnownFolder {
     NameIndex names;
     std::int64_t modified = 0;  // the folder's modification time that the names belong to
-    bool settled = false;       // any later change will show in the modification time
+    bool exact = false;         // every later change shows in the modification time
+    bool settled = false;       // any change after the reading does
     std::int64_t readAt = 0;
     std::int64_t readingTook = 0;
     std::uint64_t lastUse = 0;
@@ -163,6 +186,7 @@ class KnownFolders {
 public:
     // Null when the folder cannot be read.
     const NameIndex* namesOf(const Folder& place) {
+        latest_ = place.path;
         KnownFolder& folder = remember(idOf(place.status));
         const std::int64_t modified = nanoseconds(place.status.st_mtim);
         if (isCurrent(folder, modified, place.askedAt)) return &folder.names;
@@ -171,22 +195,30 @@ public:
             return nullptr;
         }
         folder.modified = modified;
-        folder.settled = isSettled(modified, place.askedAt);
+        folder.settled = folder.exact || isSettled(modified, place.askedAt);
         folder.readAt = now();
         folder.readingTook = folder.readAt - place.askedAt;
         return &folder.names;
     }
 
-    // Small folders are read anew instead: their modification time no longer fits.
+    // Whether the folder of this path, as spelled, is the one that was asked for last.
+    bool isLatest(const std::string& path) const {
+        return !latest_.empty() && path.starts_with(latest_) &&
+               path.find('/', latest_.size()) == std::string::npos;
+    }
+
+    // Small folders may be read anew instead: their modification time no longer fits.
     template <class Change>
     void noteChange(const std::string& prefix, Change change) {
         struct stat status {};
         if (stat(asFolder(prefix), &status) != 0) return;
         const auto found = folders_.find(idOf(status));
-        if (found == folders_.end() || found->second.names.count() <= kSmallFolder) return;
-        change(found->second.names);
-        found->second.modified = nanoseconds(status.st_mtim);
-        found->second.settled = false;
+        if (found == folders_.end()) return;
+        KnownFolder& folder = found->second;
+        if (!folder.exact && folder.names.count() <= kSmallFolder) return;
+        change(folder.names);
+        folder.modified = nanoseconds(status.st_mtim);
+        folder.settled = folder.exact;
     }
 
 private:
@@ -207,6 +239,7 @@ private:
     static bool read(const char* path, KnownFolder& folder) {
         DIR* listing = opendir(path);
         if (listing == nullptr) return false;
+        folder.exact = showsEveryChange(dirfd(listing));
         folder.names.clear();
         errno = 0;
         while (const dirent* entry = readdir(listing)) folder.names.add(entry->d_name);
@@ -230,6 +263,7 @@ private:
     }
 
     std::map<FolderId, KnownFolder> folders_;
+    std::string latest_;  // the path of the folder asked for last
     std::uint64_t uses_ = 0;
 };
 
@@ -313,6 +347,10 @@ bool findPlaceForNew(const std::string& path, std::string& actual) {
     if (!found.hasFolder) return false;
     actual = found.folder + (!found.asSpelled && found.count == 1 ? found.other : found.name);
     return true;
+}
+
+bool isInFolderAskedLast(const std::string& path) {
+    return knownFolders().isLatest(path);
 }
 
 int countSpellings(const std::string& path, std::string& actual) {

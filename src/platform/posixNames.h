@@ -25,6 +25,10 @@ bool findOtherSpelling(const std::string& path, std::string& actual);
 // another case if there is one, else as spelled. False when the folder does not exist.
 bool findPlaceForNew(const std::string& path, std::string& actual);
 
+// Whether the folder of `path` is the one that any of these functions looked at last: looking there
+// again is cheaper than a call that fails.
+bool isInFolderAskedLast(const std::string& path);
+
 // How many entries of its folder equal the last component of `path` ignoring case (0 when the folder
 // is not there); with exactly one, `actual` is that entry's path.
 int countSpellings(const std::string& path, std::string& actual);

@@ -292,33 +292,35 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
-int openForReading(const char* path, FileMode mode, int& descriptor) {
+int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus* opened) {
     descriptor = -1;
     if (isStopped()) return ECANCELED;
-    const int opened = _open(path, _O_RDONLY | runtimeMode(mode));
-    if (opened == -1) return errno;
+    const int file = _open(path, _O_RDONLY | runtimeMode(mode));
+    if (file == -1) return errno;
     FileStatus status;
-    if (const int error = getStatus(opened, status)) return closeWith(opened, error);
-    if (status.kind != FileKind::regular) return closeWith(opened, EINVAL);
-    descriptor = opened;
+    if (const int error = getStatus(file, status)) return closeWith(file, error);
+    if (status.kind != FileKind::regular) return closeWith(file, EINVAL);
+    if (opened != nullptr) *opened = status;
+    descriptor = file;
     return 0;
 }
 
 int openForWriting(const char* path, FileMode mode, unsigned permissions, const FileStatus* source,
-                   int& descriptor) {
+                   int& descriptor, FileStatus* opened) {
     descriptor = -1;
     if (isStopped()) return ECANCELED;
-    const int opened = _open(path, _O_WRONLY | _O_CREAT | runtimeMode(mode), runtimePermissions(permissions));
-    if (opened == -1) return errno;
+    const int file = _open(path, _O_WRONLY | _O_CREAT | runtimeMode(mode), runtimePermissions(permissions));
+    if (file == -1) return errno;
     FileStatus status;
-    if (const int error = getStatus(opened, status)) return closeWith(opened, error);
-    if (status.kind != FileKind::regular) return closeWith(opened, EINVAL);
-    if (source != nullptr && isSameFile(*source, status)) return closeWith(opened, EEXIST);
+    if (const int error = getStatus(file, status)) return closeWith(file, error);
+    if (status.kind != FileKind::regular) return closeWith(file, EINVAL);
+    if (source != nullptr && isSameFile(*source, status)) return closeWith(file, EEXIST);
     if (status.size != 0) {
-        if (const int error = _chsize_s(opened, 0)) return closeWith(opened, error);
+        if (const int error = _chsize_s(file, 0)) return closeWith(file, error);
     }
     filesOpenedForWriting.fetch_add(1, std::memory_order_relaxed);
-    descriptor = opened;
+    if (opened != nullptr) *opened = status;
+    descriptor = file;
     return 0;
 }
 
