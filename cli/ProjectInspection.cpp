@@ -160,6 +160,28 @@ void checkEntries(DraftelProjectConverter& converter, const std::string& project
     }
 }
 
+void findProfileFiles(const std::string& project, ProjectInspection& inspection) {
+    tvx_wobj::Strings paths;
+    tvx_wobj::Strings names;
+    std::string active;
+    if (tvx_wobj::readSimProfiles(project, paths, names, active, true) != 0) return;
+    for (const std::string& registered : paths) {
+        std::string name;
+        fsutil::fileNameOf(registered, name);
+        if (fsutil::isPresentFile(inspection.projectDir + "/" + name)) {
+            inspection.flatProfiles.push_back(name);
+            continue;
+        }
+        std::string path;
+        fsutil::toForwardSlashes(registered, path);
+        bool isRelative = false;
+        fsutil::normaliseReference(path, isRelative);
+        std::string file = path;
+        if (isRelative) fsutil::resolveRelative(path, inspection.projectDir, file);
+        if (fsutil::isPresentFile(file)) inspection.otherProfiles.push_back(registered);
+    }
+}
+
 }  // namespace
 
 ProjectInspection inspectProject(const std::string& project, const std::string& destination) {
@@ -180,16 +202,7 @@ ProjectInspection inspectProject(const std::string& project, const std::string& 
     converter.getDesignFileBaseName(inspection.designBase);
     converter.getDesignDir(inspection.designDir);
 
-    tvx_wobj::Strings paths;
-    tvx_wobj::Strings names;
-    std::string active;
-    tvx_wobj::readSimProfiles(project, paths, names, active, true);
-    for (const std::string& path : paths) {
-        std::string name;
-        fsutil::fileNameOf(path, name);
-        inspection.profileFiles.push_back(name);
-    }
-
+    findProfileFiles(project, inspection);
     std::string designFile;
     converter.getDesignFilePath(designFile);
     const std::string expected = inspection.designDir + "/" + inspection.designBase + ".dsn";

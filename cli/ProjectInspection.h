@@ -15,15 +15,15 @@ struct ProjectInspection {
     // The refusal, with the file and line that gave rise to it. Empty when the library has recorded an
     // error instead.
     std::string refusal;
-    // What the user should know though the conversion goes on.
-    std::vector<std::string> warnings;
-
     std::string projectDir;
     std::string designName;
     std::string designBase;
     std::string designDir;
-    // File names of the profile files that the project registers, in the project's folder.
-    std::vector<std::string> profileFiles;
+    // Names of registered profile files that lie in the project's folder, as in the old layout.
+    std::vector<std::string> flatProfiles;
+    // Paths of registered profiles that lie where they are registered, in another folder. A conversion
+    // would not carry them over.
+    std::vector<std::string> otherProfiles;
 };
 
 // `project` is absolute. `destination` is the folder to convert into; empty for a conversion in place.

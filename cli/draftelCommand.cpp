@@ -10,8 +10,8 @@
 #include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
-#include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
+#include "inPlaceGuard.h"
 #include "interface/IDraftelProjectConverter.h"
 #include "platform/platform.h"
 #include "report.h"
@@ -32,20 +32,6 @@ std::atomic<bool> converting{false};
 void noteInterrupt() {
     interrupted = true;
     if (converting) platform::stopFiles();
-}
-
-// The files whose new form is another text than the old one. All others are byte copies.
-constexpr const char* kRewrittenExtensions[] = {"sim", "net", "sim.cir", "opj"};
-
-bool isByteCopy(const std::string& oldPath) {
-    std::string name;
-    std::string extension;
-    fsutil::fileNameOf(oldPath, name);
-    fsutil::extensionOf(name, extension);
-    for (const char* rewritten : kRewrittenExtensions) {
-        if (fsutil::equalIgnoringCase(extension, rewritten)) return false;
-    }
-    return true;
 }
 
 void tellError(const ConversionResult& result) {
@@ -75,100 +61,6 @@ int refuse(const std::string& reason, const DraftelOptions& options, int exitSta
     return endWith(result, options, exitStatus);
 }
 
-bool isSameFolder(const std::string& a, const std::string& b) {
-    platform::FileStatus first;
-    platform::FileStatus second;
-    platform::getStatus(a.c_str(), first);
-    platform::getStatus(b.c_str(), second);
-    return platform::isSameFile(first, second);
-}
-
-// Keeps every file that a conversion in place may delete or change: those of the folder whose names
-// begin like the design's, and the files that the project names. False when one cannot be kept.
-bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection, bool asCopies,
-                 KeptFiles& kept, std::string& failed) {
-    fsutil::DirectoryListing* listing = nullptr;
-    if (fsutil::openDirectory(folder, listing) != 0) {
-        failed = folder;
-        return false;
-    }
-    bool done = true;
-    std::string name;
-    while (done && fsutil::readDirectory(listing, name) == 0) {
-        const std::string path = folder + "/" + name;
-        const bool isOfDesign = fsutil::beginsWithIgnoringCase(name, inspection.designBase + ".") ||
-                                fsutil::beginsWithIgnoringCase(name, inspection.designBase + "-");
-        if (!isOfDesign || !fsutil::isPresentFile(path)) continue;
-        done = kept.keep(path, asCopies);
-        if (!done) failed = path;
-    }
-    fsutil::closeDirectory(listing);
-    return done;
-}
-
-bool keepOldFiles(const std::string& project, const ProjectInspection& inspection, KeptFiles& kept,
-                  std::string& failed) {
-    // The project file is written anew; a library of the host's own may do that in place.
-    failed = project;
-    if (!kept.keep(project, true)) return false;
-    if (!keepFilesOf(inspection.projectDir, inspection, false, kept, failed)) return false;
-    for (const std::string& name : inspection.profileFiles) {
-        failed = inspection.projectDir + "/" + name;
-        if (fsutil::isPresentFile(failed) && !kept.keep(failed, false)) return false;
-    }
-    if (isSameFolder(inspection.projectDir, inspection.designDir)) return true;
-    // A design that lies in the simulation root is where new files are written.
-    const std::string root = inspection.projectDir + "/" + inspection.designName + "-TevrixFiles";
-    const bool inRoot = fsutil::isBelowFolder(inspection.designDir + "/", root);
-    return keepFilesOf(inspection.designDir, inspection, inRoot, kept, failed);
-}
-
-// Checks each recorded move on disk and puts back what has not arrived. Returns the paths put back.
-std::vector<std::string> putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, KeptFiles& kept) {
-    std::string projectDir;
-    std::string destination;
-    converter.getProjectDir(projectDir);
-    converter.getDestinationDir(destination);
-    std::vector<std::string> missing;
-    std::string oldPath;
-    std::string newPath;
-    for (int end = converter.firstRelocation(oldPath, newPath); end == 0;
-         end = converter.nextRelocation(oldPath, newPath)) {
-        std::string oldFile = oldPath;
-        bool isRelative = false;
-        fsutil::normaliseReference(oldFile, isRelative);
-        if (isRelative) fsutil::resolveRelative(oldPath, projectDir, oldFile);
-        std::string newFile;
-        fsutil::resolveRelative(newPath, destination, newFile);
-        const std::string keptFile = kept.keptPath(oldFile);
-        if (keptFile.empty() || isSameFolder(keptFile, newFile)) continue;
-        bool arrived = fsutil::isPresentFile(newFile);
-        if (arrived && isByteCopy(oldFile)) arrived = haveSameBytes(keptFile, newFile);
-        if (arrived) continue;
-        kept.putBack(oldFile);
-        // A link to elsewhere can only be compared from its own place.
-        if (isByteCopy(oldFile) && haveSameBytes(oldFile, newFile) &&
-            platform::removeFile(oldFile.c_str()) == 0) {
-            continue;
-        }
-        missing.push_back(oldFile);
-    }
-    return missing;
-}
-
-// Puts everything back after a failure, and tells.
-void putBackAll(KeptFiles& kept) {
-    std::vector<std::string> failed;
-    if (kept.putBackAll(failed)) {
-        kept.release();
-        tell("The project's old files are as they were.");
-        return;
-    }
-    for (const std::string& path : failed) tell(inQuotes(path) + " could not be put back");
-    tell("The old files are in the folder " + inQuotes(kept.folder()) +
-         " (a number stands before each name).");
-}
-
 ConversionResult convert(const DraftelOptions& options, IDraftelProjectConverter& converter) {
     const ProgressLine progress("Converting " + options.project);
     converting = true;
@@ -184,12 +76,26 @@ ConversionResult convert(const DraftelOptions& options, IDraftelProjectConverter
     return result;
 }
 
+// A project in place that is in the new layout already: it is shown, and left as it is.
+int showConverted(const ProjectInspection& inspection, const DraftelOptions& options) {
+    tell(inQuotes(options.project) + " is in the new layout already. Nothing has been changed.");
+    tvxconv::DraftelProjectConverter converter(options.project.c_str());
+    converter.setMode(kIntoDestination);
+    converter.setDestinationDir(inspection.projectDir);
+    converter.setDesignName(inspection.designName);
+    converter.setDesignFileBaseName(inspection.designBase);
+    ConversionResult result;
+    result.newProjectPath = options.project;
+    converter.getNewStructure(result.structure);
+    return endWith(result, options, kConverted);
+}
+
 }  // namespace
 
 int runDraftelCommand(const DraftelOptions& options) {
     std::string projectDir;
     fsutil::folderOf(options.project, projectDir);
-    if (!options.inPlace && isSameFolder(projectDir, options.destination)) {
+    if (!options.inPlace && isSameFile(projectDir, options.destination)) {
         return refuse("--to " + inQuotes(options.destination) +
                           " is the folder of the project itself. Use --in-place, or name another folder",
                       options, kWrongCommandLine);
@@ -208,9 +114,17 @@ int runDraftelCommand(const DraftelOptions& options) {
 
     platform::onInterrupt(noteInterrupt);
     std::optional<KeptFiles> kept;
+    if (options.inPlace && !inspection.otherProfiles.empty()) {
+        if (inspection.flatProfiles.empty()) return showConverted(inspection, options);
+        return refuse(inQuotes(options.project) + ": the profile " +
+                          inQuotes(inspection.otherProfiles.front()) + " has moved already, the profile " +
+                          inQuotes(inspection.flatProfiles.front()) +
+                          " has not. Converting the second would take the first out of the project",
+                      options, kNotConverted);
+    }
     if (options.inPlace) {
         const std::string newProject = inspection.projectDir + "/" + inspection.designName + ".opj";
-        if (fsutil::isPresentFile(newProject) && !isSameFolder(newProject, options.project)) {
+        if (fsutil::isPresentFile(newProject) && !isSameFile(newProject, options.project)) {
             return refuse("the converted project would overwrite " + inQuotes(newProject) +
                               ", which is another file. Move it away, or convert with --to",
                           options, kNotConverted);
