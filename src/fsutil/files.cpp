@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kCopyBlock = 8192;
 constexpr unsigned kOwnerMayWrite = 0200;
+constexpr unsigned kOwnerMayRead = 0400;
 constexpr int kFolderMode = 0777;
 
 struct ListingNode {
@@ -47,24 +48,38 @@ int copyOpenFiles(int from, int to, std::uint64_t size) {
     }
 }
 
+// A file that is open for reading as long as this object lives: making another one may throw.
+struct SourceFile {
+    int descriptor = -1;
+    platform::FileStatus status;
+
+    SourceFile() = default;
+    ~SourceFile() {
+        if (descriptor != -1) platform::closeFile(descriptor);
+    }
+    SourceFile(const SourceFile&) = delete;
+    SourceFile& operator=(const SourceFile&) = delete;
+
+    int open(const char* path) {
+        return platform::openForReading(path, platform::FileMode::binary, descriptor, &status);
+    }
+};
+
 // copyFileContents; `isWritable` tells whether the copy's owner may write to it, as far as is known.
 int copyContents(const char* source, const char* destination, bool& isWritable) {
     isWritable = false;
     // The source is opened first: a destination is not emptied for a file that cannot be read.
-    int from = -1;
-    platform::FileStatus sourceStatus;
-    if (platform::openForReading(source, platform::FileMode::binary, from, &sourceStatus) != 0) return -1;
+    SourceFile from;
+    if (from.open(source) != 0) return -1;
     int to = -1;
     platform::FileStatus copyStatus;
-    int result = -1;
-    if (platform::openForWriting(destination, platform::FileMode::binary, sourceStatus.permissions,
-                                 &sourceStatus, to, &copyStatus) == 0) {
-        result = copyOpenFiles(from, to, sourceStatus.size);
-        if (platform::closeFile(to) != 0) result = -1;
-        isWritable = (copyStatus.permissions & kOwnerMayWrite) != 0;
+    if (platform::openForWriting(destination, platform::FileMode::binary, from.status.permissions,
+                                 &from.status, to, &copyStatus) != 0) {
+        return -1;
     }
-    platform::closeFile(from);
-    return result;
+    const int result = copyOpenFiles(from.descriptor, to, from.status.size);
+    isWritable = (copyStatus.permissions & kOwnerMayWrite) != 0;
+    return platform::closeFile(to) == 0 ? result : -1;
 }
 
 // The process-wide record that nextDirectoryEntry hands out.
@@ -86,6 +101,9 @@ int checkPath(const char* path, int typeMask, int accessMode) {
                          : status.kind == platform::FileKind::regular ? kRegularFileMask
                                                                       : 0;
         if (type != typeMask) return -1;
+        // The usual case needs no second question.
+        const bool ownerMayRead = (status.permissions & kOwnerMayRead) != 0;
+        if (accessMode == kReadable && ownerMayRead && platform::isOwnFile(status)) return 0;
     }
     return platform::checkAccess(path, accessMode) == 0 ? 0 : -1;
 }
@@ -98,12 +116,8 @@ int makeDirectory(const char* path, int /*mode*/) {
 }
 
 int copyStream(const char* source, int descriptor) {
-    int from = -1;
-    platform::FileStatus status;
-    if (platform::openForReading(source, platform::FileMode::binary, from, &status) != 0) return -1;
-    const int result = copyOpenFiles(from, descriptor, status.size);
-    platform::closeFile(from);
-    return result;
+    SourceFile from;
+    return from.open(source) == 0 ? copyOpenFiles(from.descriptor, descriptor, from.status.size) : -1;
 }
 
 int copyFileContents(const char* source, const char* destination) {

@@ -83,6 +83,7 @@ LineWriter::~LineWriter() {
 int LineWriter::open(const std::string& path, const LineReader* source) {
     close();
     failed_ = false;
+    buffer_.clear();  // what was written while no file was open
     if (!isPathText(path)) return 1;
     const platform::FileStatus* guarded = source != nullptr ? &source->fileStatus() : nullptr;
     constexpr unsigned kPermissions = 0666;

@@ -45,8 +45,9 @@ public:
     // Sets an element; an index behind the end makes the array long enough, with empty strings between.
     void SetAtGrow(int index, const CString& text) {
         const auto position = static_cast<std::size_t>(index);
+        CString added = text;  // growing moves the elements, and the text may be one of them
         if (position >= strings_.size()) strings_.resize(position + 1);
-        strings_[position] = text;
+        strings_[position] = std::move(added);
     }
 
     // Adds an element at the end and returns its index.

@@ -28,6 +28,7 @@ enum class FileKind { none, regular, folder, other };
 struct FileStatus {
     FileKind kind = FileKind::none;
     unsigned permissions = 0;  // the nine permission bits, as in octal 0644
+    std::uint64_t owner = 0;   // the owning user's number, where the system has such
     std::uint64_t size = 0;    // bytes
     std::uint64_t volume = 0;  // volume and number together tell two files apart
     std::uint64_t number = 0;
@@ -35,6 +36,9 @@ struct FileStatus {
 
 // Whether the two are one file on disk, under whatever names.
 bool isSameFile(const FileStatus& a, const FileStatus& b);
+
+// Whether the user owns the file, so that the owner's permission bits say what the user may do.
+bool isOwnFile(const FileStatus& status);
 
 // What the path names, links followed. On failure `status` is that of no file.
 int getStatus(const char* path, FileStatus& status);

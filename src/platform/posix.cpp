@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "platform/platform.h"
 #include "platform/posixNames.h"
@@ -49,6 +50,7 @@ FileStatus statusFrom(const struct stat& status) {
                   : S_ISDIR(status.st_mode) ? FileKind::folder
                                             : FileKind::other;
     result.permissions = status.st_mode & 0777U;
+    result.owner = status.st_uid;
     result.size = static_cast<std::uint64_t>(status.st_size);
     result.volume = status.st_dev;
     result.number = status.st_ino;
@@ -86,6 +88,14 @@ std::string folderOfThisCode() {
 
 bool isSameFile(const FileStatus& a, const FileStatus& b) {
     return a.kind != FileKind::none && a.volume == b.volume && a.number == b.number;
+}
+
+bool isOwnFile(const FileStatus& status) {
+    uid_t real = 0;
+    uid_t effective = 0;
+    uid_t saved = 0;
+    return status.kind != FileKind::none && getresuid(&real, &effective, &saved) == 0 && real == effective &&
+           effective == status.owner;
 }
 
 int getStatus(const char* path, FileStatus& status) {
@@ -163,10 +173,10 @@ int listFolder(const char* path, std::vector<std::string>& names) {
         return listing == nullptr ? -1 : 0;
     });
     if (result != 0) return errno;
+    const std::unique_ptr<DIR, int (*)(DIR*)> closing(listing, closedir);
     errno = 0;
     while (const dirent* entry = readdir(listing)) names.emplace_back(entry->d_name);
     const int error = errno;
-    closedir(listing);
     if (error != 0) {
         names.clear();
         return error;
@@ -271,6 +281,7 @@ std::int64_t copySome(int from, int to, std::size_t size) {
     } while (result == -1 && errno == EINTR);
     if (result != -1) return result;
     switch (errno) {
+        case EBADF:  // a file that is open for appending, too
         case EXDEV:
         case EINVAL:
         case ENOSYS:

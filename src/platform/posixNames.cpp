@@ -13,6 +13,7 @@
 #include <cstring>
 #include <ctime>
 #include <map>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -159,7 +160,7 @@ constexpr std::size_t kMostFolders = 32;
 
 struct KnownFolder {
     NameIndex names;
-    std::int64_t modified = 0;  // the folder's modification time that the names belong to
+    std::int64_t modified = 0;  // the time of the folder's last change that the names belong to
     bool exact = false;         // every later change shows in the modification time
     bool settled = false;       // any change after the reading does
     std::int64_t readAt = 0;
@@ -188,7 +189,7 @@ public:
     const NameIndex* namesOf(const Folder& place) {
         latest_ = place.path;
         KnownFolder& folder = remember(idOf(place.status));
-        const std::int64_t modified = nanoseconds(place.status.st_mtim);
+        const std::int64_t modified = changeTime(place.status);
         if (isCurrent(folder, modified, place.askedAt)) return &folder.names;
         if (!read(asFolder(place.path), folder)) {
             folders_.erase(idOf(place.status));
@@ -217,12 +218,18 @@ public:
         KnownFolder& folder = found->second;
         if (!folder.exact && folder.names.count() <= kSmallFolder) return;
         change(folder.names);
-        folder.modified = nanoseconds(status.st_mtim);
+        folder.modified = changeTime(status);
         folder.settled = folder.exact;
     }
 
+    void forget() { folders_.clear(); }
+
 private:
     static FolderId idOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
+
+    // Moves with the modification time, but nobody can set it back: a program that unpacks or copies
+    // files gives the folder its old modification time in the end.
+    static std::int64_t changeTime(const struct stat& status) { return nanoseconds(status.st_ctim); }
 
     static bool isSettled(std::int64_t modified, std::int64_t askedAt) {
         const bool coarse = modified % 1'000'000'000 == 0;
@@ -240,12 +247,11 @@ private:
         DIR* listing = opendir(path);
         if (listing == nullptr) return false;
         folder.exact = showsEveryChange(dirfd(listing));
+        const std::unique_ptr<DIR, int (*)(DIR*)> closing(listing, closedir);
         folder.names.clear();
         errno = 0;
         while (const dirent* entry = readdir(listing)) folder.names.add(entry->d_name);
-        const bool complete = errno == 0;
-        closedir(listing);
-        return complete;
+        return errno == 0;
     }
 
     KnownFolder& remember(const FolderId& id) {
@@ -315,12 +321,16 @@ struct Spellings {
     std::string folder;      // its actual path
     std::string name;        // the last component as asked
     std::string other;       // one that is spelled otherwise
+    std::string slashes;     // behind the last component: they say that it is to be a folder
+
+    std::string pathOf(const std::string& spelling) const { return folder + spelling + slashes; }
 };
 
 Spellings findSpellings(const std::string& path) {
     Spellings result;
     std::string prefix;
     splitPath(path, prefix, result.name);
+    result.slashes.assign(path, prefix.size() + result.name.size());
     Folder folder;
     if (result.name.empty() || !findFolder(prefix, folder)) return result;
     result.hasFolder = true;
@@ -333,19 +343,33 @@ Spellings findSpellings(const std::string& path) {
     return result;
 }
 
+// The change is on disk and has to be answered for: where there is no memory to note it, the folders are
+// read again instead.
+template <class Change>
+void noteChange(const std::string& actual, Change change) noexcept {
+    try {
+        std::string prefix;
+        std::string name;
+        splitPath(actual, prefix, name);
+        knownFolders().noteChange(prefix, [&](NameIndex& names) { change(names, name); });
+    } catch (...) {
+        knownFolders().forget();
+    }
+}
+
 }  // namespace
 
 bool findOtherSpelling(const std::string& path, std::string& actual) {
     const Spellings found = findSpellings(path);
     if (!found.asSpelled && found.count != 1) return false;
-    actual = found.folder + (found.asSpelled ? found.name : found.other);
+    actual = found.pathOf(found.asSpelled ? found.name : found.other);
     return actual != path;
 }
 
 bool findPlaceForNew(const std::string& path, std::string& actual) {
     const Spellings found = findSpellings(path);
     if (!found.hasFolder) return false;
-    actual = found.folder + (!found.asSpelled && found.count == 1 ? found.other : found.name);
+    actual = found.pathOf(!found.asSpelled && found.count == 1 ? found.other : found.name);
     return true;
 }
 
@@ -355,25 +379,19 @@ bool isInFolderAskedLast(const std::string& path) {
 
 int countSpellings(const std::string& path, std::string& actual) {
     const Spellings found = findSpellings(path);
-    if (found.count == 1) actual = found.folder + (found.asSpelled ? found.name : found.other);
+    if (found.count == 1) actual = found.pathOf(found.asSpelled ? found.name : found.other);
     return found.count;
 }
 
-void noteMade(const std::string& actual) {
-    std::string prefix;
-    std::string name;
-    splitPath(actual, prefix, name);
-    knownFolders().noteChange(prefix, [&](NameIndex& names) {
+void noteMade(const std::string& actual) noexcept {
+    noteChange(actual, [](NameIndex& names, const std::string& name) {
         names.remove(name);  // opening an entry that was a dangling link makes no second one
         names.add(name);
     });
 }
 
-void noteRemoved(const std::string& actual) {
-    std::string prefix;
-    std::string name;
-    splitPath(actual, prefix, name);
-    knownFolders().noteChange(prefix, [&](NameIndex& names) { names.remove(name); });
+void noteRemoved(const std::string& actual) noexcept {
+    noteChange(actual, [](NameIndex& names, const std::string& name) { names.remove(name); });
 }
 
 bool nameComesBefore(const std::string& a, const std::string& b) {

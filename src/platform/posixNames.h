@@ -7,7 +7,7 @@
 // A folder that was asked about is remembered as an index of its names: most files that a conversion
 // looks for are absent, and reading a folder of 100,000 names for each of them would never end. The
 // index follows what this process makes and removes (noteMade, noteRemoved), and is read anew when
-// the folder's modification time says that somebody else was there.
+// the folder's time of change says that somebody else was there.
 //
 // All paths are plain text for the system's calls; an `actual` path is spelled as on disk.
 
@@ -34,8 +34,8 @@ bool isInFolderAskedLast(const std::string& path);
 int countSpellings(const std::string& path, std::string& actual);
 
 // An entry has been made or removed by this process, under its `actual` path.
-void noteMade(const std::string& actual);
-void noteRemoved(const std::string& actual);
+void noteMade(const std::string& actual) noexcept;
+void noteRemoved(const std::string& actual) noexcept;
 
 // The order of names in a listing: ascending ignoring ASCII case, ties by byte, "." and ".." first.
 bool nameComesBefore(const std::string& a, const std::string& b);
