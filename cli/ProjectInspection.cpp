@@ -165,6 +165,7 @@ void findProfileFiles(const std::string& project, ProjectInspection& inspection)
     tvx_wobj::Strings names;
     std::string active;
     if (tvx_wobj::readSimProfiles(project, paths, names, active, true) != 0) return;
+    inspection.registeredProfiles = paths;
     for (const std::string& registered : paths) {
         std::string name;
         fsutil::fileNameOf(registered, name);
@@ -219,24 +220,20 @@ ProjectInspection inspectProject(const std::string& project, const std::string& 
     return inspection;
 }
 
-std::vector<std::string> profilesLeftOut(const std::string& project, const std::string& newProject) {
-    tvx_wobj::Strings oldPaths;
-    tvx_wobj::Strings oldNames;
-    tvx_wobj::Strings newPaths;
-    tvx_wobj::Strings newNames;
-    std::string active;
-    if (tvx_wobj::readSimProfiles(project, oldPaths, oldNames, active, true) != 0) return {};
-    if (tvx_wobj::readSimProfiles(newProject, newPaths, newNames, active, true) != 0) return {};
-    std::multiset<std::string> kept;
-    for (const std::string& name : newNames) kept.insert(lowerCased(name));
+std::vector<std::string> profilesLeftOut(const ProjectInspection& inspection,
+                                         const DraftelProjectConverter& converter) {
     std::vector<std::string> leftOut;
-    for (std::size_t i = 0; i < oldPaths.size(); ++i) {
-        const auto found = kept.find(lowerCased(oldNames[i]));
-        if (found != kept.end()) {
-            kept.erase(found);
-        } else {
-            leftOut.push_back(oldPaths[i]);
-        }
+    for (const std::string& registered : inspection.registeredProfiles) {
+        std::string path;
+        std::string name;
+        std::string newPath;
+        fsutil::toForwardSlashes(registered, path);
+        bool isRelative = false;
+        fsutil::normaliseReference(path, isRelative);
+        fsutil::fileNameOf(path, name);
+        const bool carried =
+            isRelative && path.starts_with("./") && converter.findRelocation("./" + name, newPath) == 0;
+        if (!carried) leftOut.push_back(registered);
     }
     return leftOut;
 }

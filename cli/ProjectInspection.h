@@ -8,6 +8,10 @@
 #include <string>
 #include <vector>
 
+namespace tvxconv {
+class DraftelProjectConverter;
+}
+
 struct ProjectInspection {
     // 0, or why the project cannot be converted: the status of the step that could not read it, 1 for a
     // refusal.
@@ -19,6 +23,8 @@ struct ProjectInspection {
     std::string designName;
     std::string designBase;
     std::string designDir;
+    // The paths under which the project registers its profiles.
+    std::vector<std::string> registeredProfiles;
     // Names of registered profile files that lie in the project's folder, as in the old layout.
     std::vector<std::string> flatProfiles;
     // Paths of registered profiles that lie where they are registered, in another folder. A conversion
@@ -29,5 +35,6 @@ struct ProjectInspection {
 // `project` is absolute. `destination` is the folder to convert into; empty for a conversion in place.
 ProjectInspection inspectProject(const std::string& project, const std::string& destination);
 
-// The registered profiles of the project that are not in the converted one, by their paths.
-std::vector<std::string> profilesLeftOut(const std::string& project, const std::string& newProject);
+// The registered profiles that the conversion has not carried into the new project, by their paths.
+std::vector<std::string> profilesLeftOut(const ProjectInspection& inspection,
+                                         const tvxconv::DraftelProjectConverter& converter);

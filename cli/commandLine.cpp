@@ -1,10 +1,14 @@
 #include "commandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
 #include <iostream>
+#include <string_view>
 
 #include "fsutil/paths.h"
 #include "platform/platform.h"
+#include "report.h"
 
 namespace {
 
@@ -15,11 +19,29 @@ constexpr const char* kExamples = R"(Example:
 The new structure goes to standard output, messages to standard error.
 Exit status: 0 converted, 1 not converted, 2 wrong command line.)";
 
+// Follows "." and ".." in an absolute path, and what stands before them. A project names files by way of
+// "../", which is taken as text: it has to meet the name of a folder.
+std::string withoutDots(const std::string& path) {
+    std::size_t end = 0;  // of the last such component
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t slash = std::min(path.find('/', begin), path.size());
+        const std::string_view component = std::string_view(path).substr(begin, slash - begin);
+        if (component == "." || component == "..") end = slash;
+        begin = slash + 1;
+    }
+    if (end == 0) return path;
+    std::error_code error;
+    std::string folder = std::filesystem::weakly_canonical(path.substr(0, end), error).string();
+    if (error) return path;
+    if (folder == "/" && end != path.size()) folder.clear();
+    return folder + path.substr(end);
+}
+
 std::string absolute(const std::string& argument) {
     std::string path;
     tvxconv::fsutil::toForwardSlashes(tvxconv::platform::absolutePath(argument), path);
     while (path.size() > 1 && path.back() == '/') path.pop_back();
-    return path;
+    return withoutDots(path);
 }
 
 }  // namespace
@@ -56,6 +78,10 @@ bool readCommandLine(int argc, char** argv, DraftelOptions& options, int& exitSt
         if (options.project.empty()) throw CLI::ValidationError("PROJECT.opj", "the name is empty");
     } catch (const CLI::ParseError& error) {
         exitStatus = app.exit(error, std::cout, std::cerr) == 0 ? kConverted : kWrongCommandLine;
+        if (!std::cout.flush()) {
+            tell("cannot write to standard output");
+            exitStatus = kNotConverted;
+        }
         return false;
     }
     options.project = absolute(options.project);

@@ -64,6 +64,7 @@ int refuse(const std::string& reason, const DraftelOptions& options, int exitSta
 ConversionResult convert(const DraftelOptions& options, IDraftelProjectConverter& converter) {
     const ProgressLine progress("Converting " + options.project);
     converting = true;
+    if (interrupted) platform::stopFiles();  // asked to end before there was work to stop
     ConversionResult result;
     result.status = options.inPlace ? converter.convert(kInPlace, CString())
                                     : converter.convert(kIntoDestination, options.destination.c_str());
@@ -158,9 +159,9 @@ int runDraftelCommand(const DraftelOptions& options) {
     }
 
     int exitStatus = kConverted;
+    auto& draftelConverter = dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter);
     if (kept) {
-        const auto missing =
-            putBackWhatIsMissing(dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter), *kept);
+        const auto missing = putBackWhatIsMissing(draftelConverter, *kept);
         for (const std::string& path : missing) {
             tell(inQuotes(path) +
                  " was not carried over and has been put back; move it by hand, or mend the "
@@ -171,8 +172,7 @@ int runDraftelCommand(const DraftelOptions& options) {
     tellError(result);
     CString newProject;
     if (converter->getNewProjectPath(newProject) == 0) result.newProjectPath = newProject.GetString();
-    const std::string oldProject = kept ? kept->keptPath(options.project) : options.project;
-    for (const std::string& profile : profilesLeftOut(oldProject, result.newProjectPath)) {
+    for (const std::string& profile : profilesLeftOut(inspection, draftelConverter)) {
         tell("the profile " + inQuotes(profile) +
              " is not in the new project: its profile file was not found beside the old one");
     }

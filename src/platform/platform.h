@@ -145,8 +145,9 @@ void* loadModule(const char* name);
 // The address of a plain exported name in a loaded module; null where there is none.
 void* findSymbol(void* module, const char* name);
 
-// Has `handler` called when the user or the system asks the program to end (SIGINT, SIGTERM; on
-// Windows the console's events). The handler may only call stopFiles and set flags.
+// Has `handler` called when the user or the system asks the program to end (SIGINT, SIGTERM, SIGHUP; on
+// Windows the console's events). The handler may only call stopFiles and set flags. From then on a
+// reader that goes away shows as a failed write and no longer ends the program.
 void onInterrupt(void (*handler)());
 
 bool isTerminal(int descriptor);

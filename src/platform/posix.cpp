@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 #include "platform/platform.h"
 #include "platform/posixNames.h"
@@ -128,13 +129,22 @@ bool hasDriveLetters() {
 }
 
 std::string absolutePath(const std::string& path) {
-    if (!path.empty() && path.front() == '/') return path;
+    if (path.starts_with('/')) return path;
     char folder[PATH_MAX];
     if (getcwd(folder, sizeof folder) == nullptr) return path;
     std::string result = folder;
-    if (path.empty() || path == ".") return result;
-    if (result.back() != '/') result += '/';
-    return result + (path.starts_with("./") ? path.substr(2) : path);
+    std::string_view rest = path;
+    // Leading dots are resolved here: the current folder has no links in it that ".." could go astray on.
+    for (;;) {
+        const std::string_view step = rest.substr(0, rest.find('/'));
+        if (!step.empty() && step != "." && step != "..") break;
+        if (step == "..") result.resize(result.rfind('/'));
+        if (step.size() == rest.size()) return result.empty() ? "/" : result;
+        rest.remove_prefix(step.size() + 1);
+        if (result.empty()) result = "/";
+    }
+    if (!result.ends_with('/')) result += '/';
+    return result.append(rest);
 }
 
 std::string temporaryFolder() {
@@ -383,7 +393,8 @@ void onInterrupt(void (*handler)()) {
     struct sigaction action {};
     action.sa_handler = [](int) { called(); };
     sigemptyset(&action.sa_mask);
-    for (const int number : {SIGINT, SIGTERM}) sigaction(number, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaction(number, &action, nullptr);
+    signal(SIGPIPE, SIG_IGN);
 }
 
 bool isTerminal(int descriptor) {
