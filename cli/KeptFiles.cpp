@@ -61,14 +61,18 @@ private:
 
 KeptFiles::KeptFiles(const std::string& projectDir) : folder_(projectDir + kFolderName) {}
 
+bool KeptFiles::isLeftOver(std::string& reason) const {
+    if (fsutil::checkPath(folder_.c_str(), 0, fsutil::kExists) != 0) return false;
+    reason =
+        "the folder " + inQuotes(folder_) +
+        " is there: another run works on this project, or one was cut off. If none is running, the folder "
+        "holds the old files as they were (a number stands before each name): move back those that are "
+        "missing or have been changed, the project file among them, remove the folder, and try again";
+    return true;
+}
+
 bool KeptFiles::begin(std::string& reason) {
-    if (fsutil::checkPath(folder_.c_str(), 0, fsutil::kExists) == 0) {
-        reason = "the folder " + inQuotes(folder_) +
-                 " is there: another run works on this project, or one was cut off. If none is running, the "
-                 "folder holds the old files (a number stands before each name): move back those that are "
-                 "missing, remove the folder, and try again";
-        return false;
-    }
+    if (isLeftOver(reason)) return false;
     if (platform::makeFolder(folder_.c_str()) == 0) return true;
     reason = "cannot make the folder " + inQuotes(folder_) +
              " to keep the old files in; check write permissions on the project's folder";
@@ -113,10 +117,15 @@ std::string KeptFiles::keptPath(const std::string& path) const {
     return found == files_.end() ? std::string() : found->second.keptAs;
 }
 
-void KeptFiles::release() {
+std::string KeptFiles::oldPath(const std::string& path) const {
+    const auto found = files_.find(lowerCased(path));
+    return found == files_.end() ? std::string() : found->second.path;
+}
+
+bool KeptFiles::release() {
     for (const auto& [key, file] : files_) platform::removeFile(file.keptAs.c_str());
     files_.clear();
-    platform::removeFolder(folder_.c_str());
+    return platform::removeFolder(folder_.c_str()) == 0;
 }
 
 bool haveSameBytes(const std::string& a, const std::string& b) {

@@ -18,7 +18,10 @@ public:
     // Where the files are kept.
     const std::string& folder() const { return folder_; }
 
-    // Makes the folder. False, with `reason` set, when that cannot be done or an earlier run has left one.
+    // Whether there is a folder of another run, with `reason` set.
+    bool isLeftOver(std::string& reason) const;
+
+    // Makes the folder. False, with `reason` set, when that cannot be done or another run has left one.
     bool begin(std::string& reason);
 
     // Keeps one file; `asCopy` for a file that may be written to in place. False when it cannot be kept.
@@ -32,9 +35,11 @@ public:
 
     // Where the kept form of a file is; empty when it was not kept.
     std::string keptPath(const std::string& path) const;
+    // Where the file was, as it is spelled; empty when it was not kept.
+    std::string oldPath(const std::string& path) const;
 
-    // Removes the kept names and the folder.
-    void release();
+    // Removes the kept names and the folder. False when something of them stays.
+    bool release();
 
 private:
     struct Kept {

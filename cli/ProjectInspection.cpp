@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -36,19 +37,33 @@ std::string place(const std::string& file, std::size_t line) {
     return text.append(": ");
 }
 
-// The first line of a JSON file that holds a text, written as JSON writes it; 0 when none does.
+// Whether a line of a JSON file holds a text, however its characters are written there.
+bool holdsText(const std::string& line, const std::string& text) {
+    for (std::size_t begin = line.find('"'); begin != std::string::npos; begin = line.find('"', begin)) {
+        std::size_t end = begin + 1;
+        while (end < line.size() && line[end] != '"') end += line[end] == '\\' ? 2U : 1U;
+        if (end >= line.size()) return false;
+        const std::string written = line.substr(begin, end + 1 - begin);
+        const auto value = nlohmann::json::parse(written, nullptr, false);
+        if (value.is_string() && value.get_ref<const std::string&>() == text) return true;
+        begin = end + 1;
+    }
+    return false;
+}
+
+// The first line of a JSON file that holds a text; 0 when none does.
 std::size_t lineOfText(const std::string& file, const std::string& text) {
     fsutil::LineReader reader;
     if (reader.open(file) != 0) return 0;
-    const std::string written = inQuotes(text);
     std::string line;
     std::string_view piece;
     while (reader.next(piece)) {
         line += piece;
-        if (line.find(written) != std::string::npos) return reader.lineNumber();
-        if (piece.back() == '\n') line.clear();
+        if (piece.back() != '\n') continue;
+        if (holdsText(line, text)) return reader.lineNumber();
+        line.clear();
     }
-    return 0;
+    return holdsText(line, text) ? reader.lineNumber() : 0;
 }
 
 std::string lowerCased(const std::string& text) {
@@ -94,16 +109,65 @@ void checkNames(DraftelProjectConverter& converter, ProjectInspection& inspectio
     }
 }
 
-// The folders of a project file whose relative entries are carried along, with their sub-folders.
-std::vector<std::pair<std::string, std::string>> carriedFolders(DraftelProjectConverter& converter) {
-    std::vector<std::pair<std::string, std::string>> folders = {
-        {"Tevrix Resources", "Model Libraries"},
-        {"Tevrix Resources", "Stimulus Files"},
-        {"Tevrix Resources", "Include Files"},
+// Where a project file has relative entries that are carried along: a folder and perhaps a sub-folder, and
+// the type and the end of the path that an entry must have, where these matter.
+struct CarriedEntries {
+    std::string folder;
+    std::string subFolder;
+    std::string type;
+    std::string pathEnd;
+};
+
+std::vector<CarriedEntries> carriedEntries(DraftelProjectConverter& converter) {
+    constexpr const char* kDesignFolder = "Design Resources";
+    std::vector<CarriedEntries> result = {
+        {kDesignFolder, "", "", ".dsn"},
+        {kDesignFolder, "Library", "Schematic Library", ".olb"},
+        {"Tevrix Resources", "Model Libraries", "TevrixLibrary", ""},
+        {"Tevrix Resources", "Stimulus Files", "TevrixLibrary", ""},
+        {"Tevrix Resources", "Include Files", "TevrixLibrary", ""},
     };
-    for (const std::string& folder : converter.projectFolderNames()) folders.emplace_back(folder, "");
-    for (const auto& [folder, subFolder] : converter.folderMap()) folders.emplace_back(folder, subFolder);
-    return folders;
+    for (const std::string& folder : converter.projectFolderNames()) {
+        if (folder != kDesignFolder) result.push_back({folder, "", "", ""});
+    }
+    for (const auto& [folder, subFolder] : converter.folderMap()) {
+        if (folder != kDesignFolder) result.push_back({folder, subFolder, "", ""});
+    }
+    return result;
+}
+
+// The files that go to the simulation root or beside the new project, wherever an entry finds them: their
+// old paths in lower case.
+std::set<std::string> movedFiles(DraftelProjectConverter& converter, const ProjectInspection& inspection) {
+    std::set<std::string> files;
+    const auto add = [&](const std::string& folder, const std::string& name) {
+        files.insert(lowerCased(folder + "/" + name));
+    };
+    const std::string& base = inspection.designBase;
+    for (const char* extension : {".dsn", ".dbk"}) add(inspection.designDir, base + extension);
+    for (const std::string& extension : converter.designLevelExtensions()) {
+        add(inspection.projectDir, base + "." + extension);
+    }
+    for (const std::string& schematic : converter.rootSchematics()) {
+        const std::string stem = base + "-" + schematic;
+        for (const std::string& extension : converter.schematicLevelExtensions()) {
+            if (extension == "default.mrk") {
+                add(inspection.projectDir, stem + "-" + extension);
+            } else if (extension != "sim") {
+                add(inspection.designDir, stem + "." + extension);
+            }
+        }
+        std::vector<std::string> fileBases;
+        std::vector<std::string> profiles;
+        converter.getProfilesOfSchematic(schematic, fileBases, profiles);
+        for (std::size_t i = 0; i < profiles.size(); ++i) {
+            add(inspection.projectDir, fileBases[i] + ".sim");
+            for (const std::string& extension : converter.profileLevelExtensions()) {
+                add(inspection.projectDir, stem + "-" + profiles[i] + "." + extension);
+            }
+        }
+    }
+    return files;
 }
 
 // A file that an entry names by way of ".." is copied to the same place seen from the new project,
@@ -111,17 +175,22 @@ std::vector<std::pair<std::string, std::string>> carriedFolders(DraftelProjectCo
 void checkEntries(DraftelProjectConverter& converter, const std::string& project,
                   const std::string& destination, ProjectInspection& inspection) {
     converter.classifySimulationFiles();
+    const std::set<std::string> moved = movedFiles(converter, inspection);
     const std::filesystem::path bounds = std::filesystem::path(destination).lexically_normal();
-    for (const auto& [folder, subFolder] : carriedFolders(converter)) {
+    for (const CarriedEntries& carried : carriedEntries(converter)) {
         tvx_wobj::Strings names;
         tvx_wobj::Strings paths;
         tvx_wobj::Strings types;
         const int status =
-            subFolder.empty()
-                ? tvx_wobj::readProjectFileDirectly(project, folder, names, paths, types)
-                : tvx_wobj::readProjectFileDirectly(project, folder, subFolder, names, paths, types);
+            carried.subFolder.empty()
+                ? tvx_wobj::readProjectFileDirectly(project, carried.folder, names, paths, types)
+                : tvx_wobj::readProjectFileDirectly(project, carried.folder, carried.subFolder, names, paths,
+                                                    types);
         if (status != 0) return;  // the conversion will tell
-        for (const std::string& entry : paths) {
+        for (std::size_t i = 0; i < paths.size(); ++i) {
+            const std::string& entry = paths[i];
+            if (!carried.type.empty() && !fsutil::equalIgnoringCase(types[i], carried.type)) continue;
+            if (!fsutil::endsWithIgnoringCase(entry, carried.pathEnd)) continue;
             std::string path;
             fsutil::toForwardSlashes(entry, path);
             bool isRelative = false;
@@ -137,15 +206,7 @@ void checkEntries(DraftelProjectConverter& converter, const std::string& project
             const auto [end, rest] =
                 std::mismatch(bounds.begin(), bounds.end(), target.begin(), target.end());
             if (end == bounds.end() || !fsutil::isPresentFile(file)) continue;
-            // Files of the design itself go to the destination, wherever they come from.
-            std::string fileFolder;
-            std::string fileName;
-            fsutil::folderOf(file, fileFolder);
-            fsutil::fileNameOf(file, fileName);
-            if (fsutil::equalIgnoringCase(fileFolder, inspection.designDir) &&
-                fsutil::beginsWithIgnoringCase(fileName, inspection.designBase)) {
-                continue;
-            }
+            if (moved.count(lowerCased(file)) != 0) continue;
             platform::FileStatus from;
             platform::FileStatus to;
             platform::getStatus(file.c_str(), from);

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "KeptFiles.h"
 #include "ProgressLine.h"
@@ -115,6 +116,11 @@ int runDraftelCommand(const DraftelOptions& options) {
 
     platform::onInterrupt(noteInterrupt);
     std::optional<KeptFiles> kept;
+    std::string reason;
+    if (options.inPlace) {
+        kept.emplace(inspection.projectDir);
+        if (kept->isLeftOver(reason)) return refuse(reason, options, kNotConverted);
+    }
     if (options.inPlace && !inspection.otherProfiles.empty()) {
         if (inspection.flatProfiles.empty()) return showConverted(inspection, options);
         return refuse(inQuotes(options.project) + ": the profile " +
@@ -124,22 +130,23 @@ int runDraftelCommand(const DraftelOptions& options) {
                       options, kNotConverted);
     }
     if (options.inPlace) {
-        const std::string newProject = inspection.projectDir + "/" + inspection.designName + ".opj";
-        if (fsutil::isPresentFile(newProject) && !isSameFile(newProject, options.project)) {
-            return refuse("the converted project would overwrite " + inQuotes(newProject) +
+        if (const std::string other = fileInTheWay(options.project, inspection); !other.empty()) {
+            return refuse("the converted project would overwrite " + inQuotes(other) +
                               ", which is another file. Move it away, or convert with --to",
                           options, kNotConverted);
         }
-        kept.emplace(inspection.projectDir);
-        std::string reason;
         if (!kept->begin(reason)) return refuse(reason, options, kNotConverted);
         if (!keepOldFiles(options.project, inspection, *kept, reason)) {
-            kept->release();
+            releaseKept(*kept);
             return refuse("cannot keep a copy of " + inQuotes(reason) +
                               " while the project is converted; check disk space and access permissions",
                           options, kNotConverted);
         }
     }
+
+    // With an error on the way, a deck that was there before need not be the one of this conversion.
+    std::set<std::string> doubtful;
+    if (kept) doubtful = filesInSimulationRoot(inspection);
 
     const CString projectPath(options.project.c_str());
     const std::unique_ptr<IDraftelProjectConverter> converter(createDraftelProjectConverter(&projectPath));
@@ -161,13 +168,19 @@ int runDraftelCommand(const DraftelOptions& options) {
     int exitStatus = kConverted;
     auto& draftelConverter = dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter);
     if (kept) {
-        const auto missing = putBackWhatIsMissing(draftelConverter, *kept);
-        for (const std::string& path : missing) {
+        if (result.errorCode == 0) doubtful.clear();
+        const NotCarried notCarried = putBackWhatIsMissing(draftelConverter, *kept, doubtful);
+        for (const std::string& path : notCarried.putBack) {
             tell(inQuotes(path) +
                  " was not carried over and has been put back; move it by hand, or mend the "
                  "cause and convert again");
         }
-        if (!missing.empty()) exitStatus = kNotConverted;
+        for (const std::string& path : notCarried.stuck) {
+            tell(inQuotes(path) + " was not carried over and could not be put back; it is kept as " +
+                 inQuotes(kept->keptPath(path)));
+        }
+        if (!notCarried.putBack.empty() || !notCarried.stuck.empty()) exitStatus = kNotConverted;
+        if (notCarried.stuck.empty()) releaseKept(*kept);
     }
     tellError(result);
     CString newProject;
@@ -176,8 +189,6 @@ int runDraftelCommand(const DraftelOptions& options) {
         tell("the profile " + inQuotes(profile) +
              " is not in the new project: its profile file was not found beside the old one");
     }
-    if (kept) kept->release();
-
     CStringArray structure;
     converter->getNewStructure(structure);
     for (int i = 0; i < structure.GetSize(); ++i) result.structure.emplace_back(structure[i].GetString());

@@ -22,9 +22,16 @@ bool isByteCopy(const std::string& oldPath) {
     return true;
 }
 
-// Keeps the files of a folder whose names begin like the design's.
-bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection, bool asCopies,
-                 KeptFiles& kept, std::string& failed) {
+std::string lowerCased(const std::string& text) {
+    std::string result;
+    fsutil::toLowerCase(text, result);
+    return result;
+}
+
+// Keeps the files of a folder whose names begin like the design's, or are among `others` (in lower case).
+// The listing tells how they are spelled.
+bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection,
+                 const std::set<std::string>& others, bool asCopies, KeptFiles& kept, std::string& failed) {
     fsutil::DirectoryListing* listing = nullptr;
     if (fsutil::openDirectory(folder, listing) != 0) {
         failed = folder;
@@ -36,13 +43,44 @@ bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection,
         const std::string path = folder + "/" + name;
         const bool isOfDesign = fsutil::beginsWithIgnoringCase(name, inspection.designBase + ".") ||
                                 fsutil::beginsWithIgnoringCase(name, inspection.designBase + "-");
-        if (!isOfDesign || !fsutil::isPresentFile(path)) continue;
+        if (!isOfDesign && others.count(lowerCased(name)) == 0) continue;
+        if (!fsutil::isPresentFile(path)) continue;
         done = kept.keep(path, asCopies);
         if (!done) failed = path;
     }
     fsutil::closeDirectory(listing);
     return done;
 }
+
+bool isEmpty(const std::string& path) {
+    platform::FileStatus status;
+    return platform::getStatus(path.c_str(), status) == 0 && status.size == 0;
+}
+
+std::string simulationRootOf(const ProjectInspection& inspection) {
+    return inspection.projectDir + "/" + inspection.designName + "-TevrixFiles";
+}
+
+void addFilesBelow(const std::string& folder, int levels, std::set<std::string>& files) {
+    fsutil::DirectoryListing* listing = nullptr;
+    if (fsutil::openDirectory(folder, listing) != 0) return;
+    std::vector<std::string> paths;
+    std::string name;
+    while (fsutil::readDirectory(listing, name) == 0) {
+        if (name != "." && name != "..") paths.push_back(folder + "/" + name);
+    }
+    fsutil::closeDirectory(listing);
+    for (const std::string& path : paths) {
+        if (fsutil::isPresentFile(path)) {
+            files.insert(lowerCased(path));
+        } else if (levels > 1) {
+            addFilesBelow(path, levels - 1, files);
+        }
+    }
+}
+
+// The extensions of the design's two files.
+constexpr const char* kDesignExtensions[] = {".dsn", ".dbk"};
 
 }  // namespace
 
@@ -54,29 +92,62 @@ bool isSameFile(const std::string& a, const std::string& b) {
     return platform::isSameFile(first, second);
 }
 
+std::string fileInTheWay(const std::string& project, const ProjectInspection& inspection) {
+    const std::string newProject = inspection.projectDir + "/" + inspection.designName + ".opj";
+    if (fsutil::isPresentFile(newProject) && !isSameFile(newProject, project)) return newProject;
+    for (const char* extension : kDesignExtensions) {
+        const std::string name = "/" + inspection.designBase + extension;
+        const std::string copy = inspection.projectDir + name;
+        const std::string design = inspection.designDir + name;
+        if (fsutil::isPresentFile(copy) && fsutil::isPresentFile(design) && !isSameFile(copy, design) &&
+            !haveSameBytes(copy, design)) {
+            return copy;
+        }
+    }
+    return {};
+}
+
 bool keepOldFiles(const std::string& project, const ProjectInspection& inspection, KeptFiles& kept,
                   std::string& failed) {
     // The project file is written anew; a library of the host's own may do that in place.
     failed = project;
     if (!kept.keep(project, true)) return false;
-    if (!keepFilesOf(inspection.projectDir, inspection, false, kept, failed)) return false;
-    for (const std::string& name : inspection.flatProfiles) {
-        failed = inspection.projectDir + "/" + name;
-        if (!kept.keep(failed, false)) return false;
+    const bool designIsHere = isSameFile(inspection.projectDir, inspection.designDir);
+    // A design that lies elsewhere is copied here, over one that may be here already.
+    for (const char* extension : kDesignExtensions) {
+        failed = inspection.projectDir + "/" + inspection.designBase + extension;
+        if (!designIsHere && fsutil::isPresentFile(failed) && !kept.keep(failed, true)) return false;
     }
-    if (isSameFile(inspection.projectDir, inspection.designDir)) return true;
+    // A profile file need not be named after the design. It is found by its name before the first ".".
+    std::set<std::string> profileFiles;
+    for (const std::string& registered : inspection.registeredProfiles) {
+        std::string name;
+        std::string base;
+        fsutil::fileNameOf(registered, name);
+        fsutil::baseNameOf(name, base);
+        profileFiles.insert(lowerCased(base) + ".sim");
+    }
+    if (!keepFilesOf(inspection.projectDir, inspection, profileFiles, false, kept, failed)) return false;
+    if (designIsHere) return true;
     // A design that lies in the simulation root is where new files are written.
-    const std::string root = inspection.projectDir + "/" + inspection.designName + "-TevrixFiles";
-    const bool inRoot = fsutil::isBelowFolder(inspection.designDir + "/", root);
-    return keepFilesOf(inspection.designDir, inspection, inRoot, kept, failed);
+    const bool inRoot = fsutil::isBelowFolder(inspection.designDir + "/", simulationRootOf(inspection));
+    return keepFilesOf(inspection.designDir, inspection, {}, inRoot, kept, failed);
 }
 
-std::vector<std::string> putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, KeptFiles& kept) {
+std::set<std::string> filesInSimulationRoot(const ProjectInspection& inspection) {
+    constexpr int kLevels = 3;  // the root, schematics, profiles
+    std::set<std::string> files;
+    addFilesBelow(simulationRootOf(inspection), kLevels, files);
+    return files;
+}
+
+NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, KeptFiles& kept,
+                                const std::set<std::string>& doubtful) {
     std::string projectDir;
     std::string destination;
     converter.getProjectDir(projectDir);
     converter.getDestinationDir(destination);
-    std::vector<std::string> missing;
+    NotCarried result;
     std::string oldPath;
     std::string newPath;
     for (int end = converter.firstRelocation(oldPath, newPath); end == 0;
@@ -90,27 +161,40 @@ std::vector<std::string> putBackWhatIsMissing(tvxconv::DraftelProjectConverter& 
         const std::string keptFile = kept.keptPath(oldFile);
         if (keptFile.empty() || isSameFile(keptFile, newFile)) continue;
         bool arrived = fsutil::isPresentFile(newFile);
-        if (arrived && isByteCopy(oldFile)) arrived = haveSameBytes(keptFile, newFile);
+        if (arrived && isByteCopy(oldFile)) {
+            arrived = haveSameBytes(keptFile, newFile);
+        } else if (arrived) {
+            arrived = doubtful.count(lowerCased(newFile)) == 0 && (!isEmpty(newFile) || isEmpty(keptFile));
+        }
         if (arrived) continue;
-        kept.putBack(oldFile);
+        if (!kept.putBack(oldFile)) {
+            result.stuck.push_back(kept.oldPath(oldFile));
+            continue;
+        }
         // A link to elsewhere can only be compared from its own place.
         if (isByteCopy(oldFile) && haveSameBytes(oldFile, newFile) &&
             platform::removeFile(oldFile.c_str()) == 0) {
             continue;
         }
-        missing.push_back(oldFile);
+        result.putBack.push_back(kept.oldPath(oldFile));
     }
-    return missing;
+    return result;
 }
 
 void putBackAll(KeptFiles& kept) {
     std::vector<std::string> failed;
     if (kept.putBackAll(failed)) {
-        kept.release();
+        releaseKept(kept);
         tell("The project's old files are as they were.");
         return;
     }
     for (const std::string& path : failed) tell(inQuotes(path) + " could not be put back");
     tell("The old files are in the folder " + inQuotes(kept.folder()) +
          " (a number stands before each name).");
+}
+
+void releaseKept(KeptFiles& kept) {
+    if (kept.release()) return;
+    tell("the folder " + inQuotes(kept.folder()) +
+         " could not be removed. It holds second names or copies of old files; they are no longer needed");
 }

@@ -399,7 +399,7 @@ struct Identity {
     struct stat status {};
 };
 
-TEST(WritingNothingNew, LeavesTheFileItself) {
+TEST(WobjWritingNothingNew, LeavesTheFileItself) {
     const struct {
         const char* name;
         int (*call)(const std::string& project);
@@ -463,7 +463,7 @@ TEST(WritingNothingNew, LeavesTheFileItself) {
     }
 }
 
-TEST(WritingNothingNew, NoProfilesForAProjectWithoutAny) {
+TEST(WobjWritingNothingNew, NoProfilesForAProjectWithoutAny) {
     for (const char* json :
          {"{}", R"({ "simulationProfiles": {} })", R"({ "simulationProfiles": { "profiles": [] } })"}) {
         const LoneFile project(json);
@@ -623,43 +623,58 @@ TEST(WriteSimProfiles, ListsOfUnequalLengthFail) {
 
 // --- size ---
 
-TEST(ProjectFile, HoldsAHundredThousandOfEverything) {
-    constexpr std::size_t count = 100000;
-    Strings paths;
-    Strings moved;
-    Strings names;
-    Strings schematics;
-    std::string items;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string number = std::to_string(i);
-        paths.push_back(".\\lib\\part" + number + ".olb");
-        moved.push_back(".\\new\\part" + number + ".olb");
-        names.push_back("part" + number + ".olb");
-        schematics.push_back(std::string("S").append(std::to_string(i % 7)));
-        items += (i == 0 ? "\"k" : ",\"k") + number + "\":\"v\"";
-    }
-    const LoneFile project(R"({ "folders": [ { "name": "Items", "items": {)" + items + "} } ] }");
+constexpr std::size_t kMany = 100000;
+
+// "<before>0<after>", "<before>1<after>" and so on.
+Strings numbered(const std::string& before, const std::string& after) {
+    Strings texts;
+    for (std::size_t i = 0; i < kMany; ++i) texts.push_back(before + std::to_string(i) + after);
+    return texts;
+}
+
+TEST(WobjProjectFile, HoldsAHundredThousandEntries) {
+    const Strings paths = numbered(".\\lib\\part", ".olb");
+    const Strings moved = numbered(".\\new\\part", ".olb");
+    const LoneFile project("{}");
     const std::string& path = project.path();
     ASSERT_EQ(tvx_wobj::writeProjectFiles(path, "F", "S", "T", paths, false, true, true, true), 0);
     ASSERT_EQ(tvx_wobj::writeProjectFiles(path, "F", "S", "T", paths, false, true, true, true), 0);
     ASSERT_EQ(tvx_wobj::writeProjectFiles(path, "F", "S", "T", moved, true, true, true, true), 0);
-    ASSERT_EQ(tvx_wobj::writeItemToProject(path, "Items", "K99999", "last", true), 0);
-    ASSERT_EQ(tvx_wobj::writeSimProfiles(path, paths, names, schematics, paths.back(), true), 0);
-    ASSERT_EQ(tvx_wobj::writeSimProfiles(path, moved, names, schematics, moved.back(), true), 0);
-
-    Strings readNames = kRubbish;
+    Strings names = kRubbish;
     Strings readPaths = kRubbish;
     Strings types = kRubbish;
-    ASSERT_EQ(tvx_wobj::readProjectFileDirectly(path, "F", "S", readNames, readPaths, types), 0);
-    EXPECT_TRUE(readNames == names);
+    ASSERT_EQ(tvx_wobj::readProjectFileDirectly(path, "F", "S", names, readPaths, types), 0);
+    EXPECT_TRUE(names == numbered("part", ".olb"));
     EXPECT_TRUE(readPaths == moved);
-    EXPECT_TRUE(types == Strings(count, "T"));
-    std::string active;
-    ASSERT_EQ(tvx_wobj::readSimProfiles(path, readPaths, readNames, active, true), 0);
+    EXPECT_TRUE(types == Strings(kMany, "T"));
+}
+
+TEST(WobjProjectFile, HoldsAHundredThousandProfiles) {
+    const Strings paths = numbered("p", ".sim");
+    const Strings moved = numbered("q", ".sim");
+    const Strings names = numbered("n", "");
+    const Strings schematics(kMany, "S");
+    const LoneFile project("{}");
+    ASSERT_EQ(tvx_wobj::writeSimProfiles(project.path(), paths, names, schematics, "p0.sim", true), 0);
+    ASSERT_EQ(tvx_wobj::writeSimProfiles(project.path(), moved, names, schematics, "q0.sim", true), 0);
+    Strings readPaths = kRubbish;
+    Strings readNames = kRubbish;
+    std::string active = "left over";
+    ASSERT_EQ(tvx_wobj::readSimProfiles(project.path(), readPaths, readNames, active, true), 0);
     EXPECT_TRUE(readPaths == moved);
     EXPECT_TRUE(readNames == names);
-    EXPECT_EQ(active, moved.back());
-    EXPECT_NE(project.bytes().find("\"k99998\": \"v\",\n        \"k99999\": \"last\"\n"), std::string::npos);
+    EXPECT_EQ(active, "q0.sim");
+}
+
+TEST(WobjProjectFile, HoldsAHundredThousandItems) {
+    std::string before = "{\n  \"folders\": [\n    {\n      \"name\": \"F\",\n      \"items\": {";
+    for (const std::string& item : numbered("k", "")) {
+        before += (item == "k0" ? "\n        \"" : ",\n        \"") + item + "\": \"v\"";
+    }
+    const LoneFile project(before + "\n      }\n    }\n  ]\n}\n");
+    ASSERT_EQ(tvx_wobj::writeItemToProject(project.path(), "F", "K99999", "last", true), 0);
+    const std::string after = before.substr(0, before.size() - 2) + "last\"\n      }\n    }\n  ]\n}\n";
+    EXPECT_TRUE(project.bytes() == after);
 }
 
 }  // namespace

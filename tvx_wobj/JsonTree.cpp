@@ -159,11 +159,9 @@ void appendValue(const JsonValue& value, std::size_t depth, std::string& out) {
     out += isObject ? '}' : ']';
 }
 
-// Reads to the end of an open file.
-int readAll(int descriptor, platform::FileStatus& status, std::string& bytes) {
-    const int error = platform::getStatus(descriptor, status);
-    if (error != 0) return error;
-    bytes.reserve(static_cast<std::size_t>(status.size) + 1);
+// Reads to the end of an open file, which had `size` bytes when it was opened.
+int readAll(int descriptor, std::size_t size, std::string& bytes) {
+    bytes.reserve(size + 1);
     char piece[65536];
     std::int64_t count = 0;
     while ((count = platform::readSome(descriptor, piece, sizeof piece)) > 0) {
@@ -222,16 +220,19 @@ bool parseJson(std::string_view json, JsonValue& value) {
     return Parser::sax_parse(json.begin(), json.end(), &builder);
 }
 
-int readJsonFile(const std::string& path, JsonValue& value, platform::FileStatus& status) {
+int readBytes(const std::string& path, std::string& bytes, platform::FileStatus& status) {
+    bytes.clear();
     if (path.find('\0') != std::string::npos) return -1;
     int descriptor = -1;
-    int error = platform::openForReading(path.c_str(), platform::FileMode::binary, descriptor);
+    const int error = platform::openForReading(path.c_str(), platform::FileMode::binary, descriptor, &status);
     if (error != 0) return error;
+    const OpenFile file(descriptor);
+    return readAll(descriptor, static_cast<std::size_t>(status.size), bytes);
+}
+
+int readJsonFile(const std::string& path, JsonValue& value, platform::FileStatus& status) {
     std::string bytes;
-    {
-        const OpenFile file(descriptor);
-        error = readAll(descriptor, status, bytes);
-    }
+    const int error = readBytes(path, bytes, status);
     if (error != 0) return error;
     return parseJson(bytes, value) ? 0 : -1;
 }

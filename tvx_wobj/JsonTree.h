@@ -48,6 +48,10 @@ struct JsonValue {
 // beyond the limit. May throw std::bad_alloc.
 bool parseJson(std::string_view json, JsonValue& value);
 
+// Reads a whole file; `status` tells of it. Returns 0, or the error of the system or -1 with `bytes`
+// undefined. May throw std::bad_alloc.
+int readBytes(const std::string& path, std::string& bytes, platform::FileStatus& status);
+
 // Reads a whole file as one JSON value; `status` tells of the file. Returns 0, or the error of the system
 // or -1 (no JSON) with `value` undefined. May throw std::bad_alloc.
 int readJsonFile(const std::string& path, JsonValue& value, platform::FileStatus& status);

@@ -104,6 +104,25 @@ int ProjectFile::read(const std::string& path) {
     return isProject(root) ? 0 : -1;
 }
 
+int viewProject(const std::string& path, std::shared_ptr<const JsonValue>& root) {
+    struct Seen {
+        std::string bytes;
+        JsonValue root;
+    };
+    static thread_local std::shared_ptr<const Seen> last;
+    root = nullptr;
+    const auto seen = std::make_shared<Seen>();
+    platform::FileStatus status;
+    const int error = readBytes(path, seen->bytes, status);
+    if (error != 0) return error;
+    if (last == nullptr || last->bytes != seen->bytes) {
+        if (!parseJson(seen->bytes, seen->root) || !isProject(seen->root)) return -1;
+        last = seen;
+    }
+    root = std::shared_ptr<const JsonValue>(last, &last->root);
+    return 0;
+}
+
 int ProjectFile::write() const {
     int error = platform::checkAccess(path_.c_str(), 2);
     if (error != 0) return error;

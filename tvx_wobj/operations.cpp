@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <initializer_list>
 #include <map>
+#include <memory>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -97,13 +98,17 @@ JsonValue& findOrAdd(JsonValue& object, std::string_view key, JsonValue empty) {
 
 // --- folders and entries ---
 
-JsonValue* findFolder(JsonValue& parent, std::string_view name) {
-    JsonValue* folders = parent.find("folders");
+const JsonValue* findFolder(const JsonValue& parent, std::string_view name) {
+    const JsonValue* folders = parent.find("folders");
     if (folders == nullptr) return nullptr;
-    for (JsonValue& folder : folders->elements) {
+    for (const JsonValue& folder : folders->elements) {
         if (equalIgnoringCase(textOf(folder, "name"), name)) return &folder;
     }
     return nullptr;
+}
+
+JsonValue* findFolder(JsonValue& parent, std::string_view name) {
+    return const_cast<JsonValue*>(findFolder(std::as_const(parent), name));
 }
 
 JsonValue& addFolder(JsonValue& parent, const std::string& name) {
@@ -175,16 +180,21 @@ bool addEntries(std::vector<JsonValue>& entries, const std::string& itemType, co
 // A way to a folder: its name, then perhaps that of a sub-folder.
 using FolderPath = std::initializer_list<const std::string*>;
 
-int readEntries(const std::string& project, FolderPath folderPath, Strings& names, Strings& paths,
-                Strings* types) {
-    ProjectFile file;
-    if (file.read(project) != 0) return kFailed;
-    JsonValue* folder = &file.root;
+// The list of a folder's entries; null when the folder or the list is not there.
+const JsonValue* entriesOf(const JsonValue& root, FolderPath folderPath) {
+    const JsonValue* folder = &root;
     for (const std::string* name : folderPath) {
         folder = findFolder(*folder, *name);
-        if (folder == nullptr) return kDone;
+        if (folder == nullptr) return nullptr;
     }
-    const JsonValue* entries = folder->find("files");
+    return folder->find("files");
+}
+
+int readEntries(const std::string& project, FolderPath folderPath, Strings& names, Strings& paths,
+                Strings* types) {
+    std::shared_ptr<const JsonValue> root;
+    if (tvxconv::wobj::viewProject(project, root) != 0) return kFailed;
+    const JsonValue* entries = entriesOf(*root, folderPath);
     if (entries == nullptr) return kDone;
     Strings found[3];
     const char* const keys[3] = {"name", "path", "type"};
@@ -202,19 +212,29 @@ int readEntries(const std::string& project, FolderPath folderPath, Strings& name
 int writeEntries(const std::string& project, FolderPath folderPath, const std::string& itemType,
                  const Strings& paths, bool replace, bool createFolder) {
     if (!areUtf8(folderPath) || !isUtf8(itemType) || !areUtf8(paths)) return kFailed;
+    if (paths.empty()) {
+        std::shared_ptr<const JsonValue> root;
+        if (tvxconv::wobj::viewProject(project, root) != 0) return kFailed;
+        const JsonValue* entries = entriesOf(*root, folderPath);
+        const auto isOfType = [&](const JsonValue& entry) {
+            return equalIgnoringCase(textOf(entry, "type"), itemType);
+        };
+        if (entries == nullptr ||
+            std::none_of(entries->elements.begin(), entries->elements.end(), isOfType)) {
+            return kDone;
+        }
+    }
     ProjectFile file;
     if (file.read(project) != 0) return kFailed;
     JsonValue* folder = &file.root;
     for (const std::string* name : folderPath) {
         JsonValue* next = findFolder(*folder, *name);
         if (next == nullptr) {
-            if (paths.empty()) return kDone;
             if (!createFolder) return kFailed;
             next = &addFolder(*folder, *name);
         }
         folder = next;
     }
-    if (paths.empty() && folder->find("files") == nullptr) return kDone;
     std::vector<JsonValue>& entries = findOrAdd(*folder, "files", JsonValue::emptyArray()).elements;
     const bool changed =
         replace ? replaceEntries(entries, itemType, paths) : addEntries(entries, itemType, paths);
@@ -352,9 +372,9 @@ int readSimProfiles(const std::string& project, Strings& paths, Strings& names, 
     names.clear();
     active.clear();
     return guarded([&] {
-        ProjectFile file;
-        if (file.read(project) != 0) return kFailed;
-        const JsonValue* simulation = file.root.find("simulationProfiles");
+        std::shared_ptr<const JsonValue> root;
+        if (tvxconv::wobj::viewProject(project, root) != 0) return kFailed;
+        const JsonValue* simulation = root->find("simulationProfiles");
         if (simulation == nullptr) return kDone;
         Strings foundPaths;
         Strings foundNames;

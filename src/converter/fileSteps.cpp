@@ -14,4 +14,9 @@ int copyFileOrReport(const std::string& source, const std::string& destination) 
     return reportError(ERR_COPY_FILE, source, destination);
 }
 
+int copyFileIfPresentOrReport(const std::string& source, const std::string& destination, bool& isPresent) {
+    if (fsutil::copyFileIfPresent(source, destination, isPresent) == 0) return 0;
+    return reportError(ERR_COPY_FILE, source, destination);
+}
+
 }  // namespace tvxconv

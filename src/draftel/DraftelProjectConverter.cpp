@@ -1,5 +1,7 @@
 #include "draftel/DraftelProjectConverter.h"
 
+#include <utility>
+
 #include "converter/errors.h"
 #include "fsutil/paths.h"
 
@@ -7,6 +9,16 @@ namespace tvxconv {
 
 using fsutil::toForwardSlashes;
 using fsutil::toLowerCase;
+
+namespace {
+
+// Room for one more element, so that adding it cannot fail.
+template <class Element>
+void makeRoom(std::vector<Element>& list) {
+    if (list.size() == list.capacity()) list.reserve(2 * list.size() + 1);
+}
+
+}  // namespace
 
 DraftelProjectConverter::DraftelProjectConverter(const char* projectPath) : ProjectConverter(projectPath) {}
 
@@ -60,12 +72,18 @@ int DraftelProjectConverter::addProfileRecord(const std::string& fileBase, const
                                               const std::string& registeredPath) {
     std::string key;
     toLowerCase(fileBase, key);
-    if (!recordOfFileBase_.try_emplace(std::move(key), profileRecords_.size()).second) return 0;
+    if (recordOfFileBase_.contains(key)) return 0;
+    auto record =
+        std::make_unique<ProfileRecord>(ProfileRecord{fileBase, profile, schematic, registeredPath});
     std::string schematicKey;
     toLowerCase(schematic, schematicKey);
-    recordsOfSchematic_[schematicKey].push_back(profileRecords_.size());
-    profileRecords_.push_back(
-        std::make_unique<ProfileRecord>(ProfileRecord{fileBase, profile, schematic, registeredPath}));
+    std::vector<std::size_t>& ofSchematic = recordsOfSchematic_[schematicKey];
+    makeRoom(ofSchematic);
+    makeRoom(profileRecords_);
+    // From here on nothing can fail once the key is in: no record is half there when memory runs out.
+    recordOfFileBase_.emplace(std::move(key), profileRecords_.size());
+    ofSchematic.push_back(profileRecords_.size());
+    profileRecords_.push_back(std::move(record));
     return 0;
 }
 

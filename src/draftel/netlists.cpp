@@ -143,7 +143,8 @@ int DraftelProjectConverter::resolveIncludeReference(const std::string& baseFold
         if (findRelocation("./" + name, recorded) == 0) {
             std::string designName;
             getDesignName(designName);
-            reference = marker != 0 ? seenFromProfileFolder(recorded, designName) : recorded;
+            fsutil::normaliseReference(recorded, isRelative);
+            reference = isRelative && marker != 0 ? seenFromProfileFolder(recorded, designName) : recorded;
             return 0;
         }
     }

@@ -59,7 +59,7 @@ bool contains(const std::string& text, const char* part) {
 // The whole number after the "+" of a line, blanks and a sign before it allowed; false without one, or
 // with one that no int holds.
 bool entryNumber(std::string_view line, int& number) {
-    const std::string text(line.substr(1, 64));
+    const std::string text(line.substr(1));
     char* end = nullptr;
     const long value = std::strtol(text.c_str(), &end, 10);
     if (end == text.c_str() || value > INT_MAX || value < INT_MIN) return false;

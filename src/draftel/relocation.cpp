@@ -34,11 +34,11 @@ int DraftelProjectConverter::copyDesignLevelFiles() {
     for (const std::string& extension : designLevelExtensions_) {
         const std::string name = designBase + "." + extension;
         const std::string source = projectDir + "/" + name;
-        if (!fsutil::isPresentFile(source)) continue;
         const std::string newPath = root + "/" + name;
-        if (const int copied = copyFileOrReport(source, newPath); copied != 0) {
+        bool isPresent = false;
+        if (const int copied = copyFileIfPresentOrReport(source, newPath, isPresent); copied != 0) {
             status = copied;
-        } else {
+        } else if (isPresent) {
             recordMove(source, newPath, destination);
         }
     }
@@ -88,16 +88,18 @@ int DraftelProjectConverter::relocateProfileOutputs(const std::string& designBas
     const std::string oldStem = projectDir + "/" + designBase + "-" + schematic + "-" + profile + ".";
     for (const std::string& extension : profileLevelExtensions_) {
         const std::string oldPath = oldStem + extension;
-        if (!fsutil::isPresentFile(oldPath)) continue;
         const std::string newExtension = newOutputExtension(extension);
         std::string newPath = profileFolder + "/" + profile + "." + newExtension;
         // One output that cannot be written does not keep the others from following their profile.
-        if (fsutil::equalIgnoringCase(extension, kDeck)) {
+        bool isPresent = false;
+        if (!fsutil::equalIgnoringCase(extension, kDeck)) {
+            copyFileIfPresentOrReport(oldPath, newPath, isPresent);
+        } else if (fsutil::isPresentFile(oldPath)) {
+            isPresent = true;
             rewriteSimulationNetlist(newPath, oldPath, projectDir, schematic, profile, profileFolder,
                                      newExtension);
-        } else {
-            copyFileOrReport(oldPath, newPath);
         }
+        if (!isPresent) continue;
         recordMove(oldPath, newPath, destination);
     }
     return 0;

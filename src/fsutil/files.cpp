@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <new>
 #include <utility>
 #include <vector>
@@ -48,38 +49,49 @@ int copyOpenFiles(int from, int to, std::uint64_t size) {
     }
 }
 
-// A file that is open for reading as long as this object lives: making another one may throw.
+// A file opened for reading, closed when it goes out of scope.
 struct SourceFile {
     int descriptor = -1;
     platform::FileStatus status;
+    int error;  // the last of the three: opening fills the others
 
-    SourceFile() = default;
+    explicit SourceFile(const char* path)
+        : error(platform::openForReading(path, platform::FileMode::binary, descriptor, &status)) {}
     ~SourceFile() {
         if (descriptor != -1) platform::closeFile(descriptor);
     }
     SourceFile(const SourceFile&) = delete;
     SourceFile& operator=(const SourceFile&) = delete;
-
-    int open(const char* path) {
-        return platform::openForReading(path, platform::FileMode::binary, descriptor, &status);
-    }
 };
 
-// copyFileContents; `isWritable` tells whether the copy's owner may write to it, as far as is known.
-int copyContents(const char* source, const char* destination, bool& isWritable) {
+// Copies an open source; `isWritable` tells whether the copy's owner may write to it, as far as is known.
+// The source is open first, so that no destination is emptied for a file that cannot be read.
+int copyContents(const SourceFile& source, const char* destination, bool& isWritable) {
     isWritable = false;
-    // The source is opened first: a destination is not emptied for a file that cannot be read.
-    SourceFile from;
-    if (from.open(source) != 0) return -1;
+    if (source.descriptor == -1) return -1;
     int to = -1;
     platform::FileStatus copyStatus;
-    if (platform::openForWriting(destination, platform::FileMode::binary, from.status.permissions,
-                                 &from.status, to, &copyStatus) != 0) {
+    if (platform::openForWriting(destination, platform::FileMode::binary, source.status.permissions,
+                                 &source.status, to, &copyStatus) != 0) {
         return -1;
     }
-    const int result = copyOpenFiles(from.descriptor, to, from.status.size);
+    const int result = copyOpenFiles(source.descriptor, to, source.status.size);
     isWritable = (copyStatus.permissions & kOwnerMayWrite) != 0;
     return platform::closeFile(to) == 0 ? result : -1;
+}
+
+// copyFile, the source being open if it can be.
+int copyOpened(const SourceFile& file, const std::string& source, const std::string& destination) {
+    bool isWritable = false;
+    if (copyContents(file, destination.c_str(), isWritable) < 0) {
+        platform::FileStatus from;
+        platform::FileStatus to;
+        const bool sameFile = platform::getStatus(source.c_str(), from) == 0 &&
+                              platform::getStatus(destination.c_str(), to) == 0 &&
+                              platform::isSameFile(from, to);
+        return sameFile ? 0 : 1;
+    }
+    return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
 }
 
 // The process-wide record that nextDirectoryEntry hands out.
@@ -116,13 +128,13 @@ int makeDirectory(const char* path, int /*mode*/) {
 }
 
 int copyStream(const char* source, int descriptor) {
-    SourceFile from;
-    return from.open(source) == 0 ? copyOpenFiles(from.descriptor, descriptor, from.status.size) : -1;
+    const SourceFile file(source);
+    return file.descriptor == -1 ? -1 : copyOpenFiles(file.descriptor, descriptor, file.status.size);
 }
 
 int copyFileContents(const char* source, const char* destination) {
     bool isWritable = false;
-    return copyContents(source, destination, isWritable);
+    return copyContents(SourceFile(source), destination, isWritable);
 }
 
 DirectoryListing* openDirectoryListing(const char* path) {
@@ -227,16 +239,20 @@ int createDirectories(const std::string& path) {
 int copyFile(const std::string& source, const std::string& destination) {
     if (equalIgnoringCase(source, destination)) return 0;
     if (!isPathText(source) || !isPathText(destination)) return 1;
-    bool isWritable = false;
-    if (copyContents(source.c_str(), destination.c_str(), isWritable) < 0) {
-        platform::FileStatus from;
-        platform::FileStatus to;
-        const bool sameFile = platform::getStatus(source.c_str(), from) == 0 &&
-                              platform::getStatus(destination.c_str(), to) == 0 &&
-                              platform::isSameFile(from, to);
-        return sameFile ? 0 : 1;
+    return copyOpened(SourceFile(source.c_str()), source, destination);
+}
+
+int copyFileIfPresent(const std::string& source, const std::string& destination, bool& isPresent) {
+    isPresent = false;
+    if (!isPathText(source) || equalIgnoringCase(source, destination)) {
+        isPresent = isPresentFile(source);
+        return 0;
     }
-    return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
+    const SourceFile file(source.c_str());
+    // A file that is there and cannot be opened now (too many are open, say) is not an absent one.
+    isPresent = file.descriptor != -1 || (file.error != ENOENT && isPresentFile(source));
+    if (!isPresent) return 0;
+    return isPathText(destination) ? copyOpened(file, source, destination) : 1;
 }
 
 int deleteFile(const std::string& path) {

@@ -89,6 +89,10 @@ int createDirectories(const std::string& path);
 // or name one file and nothing is done; 1 when the copy fails or cannot be made writable.
 int copyFile(const std::string& source, const std::string& destination);
 
+// copyFile for a source that may be absent: `isPresent` tells whether it is a plain file that may be read,
+// as isRegularFile would; when not, nothing is done and 0 returned. Cheaper than asking first.
+int copyFileIfPresent(const std::string& source, const std::string& destination, bool& isPresent);
+
 // Returns 0, or 1 when the file is not there, cannot be removed, or is one of several in its folder
 // whose names are equal ignoring case (none of them is removed then).
 int deleteFile(const std::string& path);

@@ -11,6 +11,7 @@ namespace tvxconv::fsutil {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kLeastBuffer = 4 * LineReader::kMostBytes;
 
 }  // namespace
 
@@ -33,7 +34,13 @@ int LineReader::open(const std::string& path) {
     if (platform::openForReading(path.c_str(), platform::FileMode::text, descriptor_, &status_) != 0) {
         return 1;
     }
-    buffer_.resize(kBufferSize);
+    // Most files fit into the buffer as a whole; one byte more and a single call finds the end.
+    const auto fits = static_cast<std::size_t>(std::min<std::uint64_t>(status_.size, kBufferSize)) + 1;
+    const std::size_t size = std::max(fits, kLeastBuffer);
+    if (size > bufferSize_) {
+        buffer_ = std::make_unique_for_overwrite<char[]>(size);
+        bufferSize_ = size;
+    }
     ended_ = false;
     return 0;
 }
@@ -46,12 +53,12 @@ void LineReader::openMemory(std::string_view text) {
 // Moves what is left to the front of the buffer and reads on behind it.
 bool LineReader::fill() {
     if (ended_) return false;
-    if (!rest_.empty()) std::memmove(buffer_.data(), rest_.data(), rest_.size());
+    if (!rest_.empty()) std::memmove(buffer_.get(), rest_.data(), rest_.size());
     const std::int64_t got =
-        platform::readSome(descriptor_, buffer_.data() + rest_.size(), buffer_.size() - rest_.size());
+        platform::readSome(descriptor_, buffer_.get() + rest_.size(), bufferSize_ - rest_.size());
     ended_ = got <= 0;
     failed_ = got < 0;
-    rest_ = {buffer_.data(), rest_.size() + static_cast<std::size_t>(std::max<std::int64_t>(got, 0))};
+    rest_ = {buffer_.get(), rest_.size() + static_cast<std::size_t>(std::max<std::int64_t>(got, 0))};
     return !ended_;
 }
 
@@ -77,7 +84,10 @@ void LineReader::close() {
 }
 
 LineWriter::~LineWriter() {
-    close();
+    try {
+        close();
+    } catch (...) {  // no memory to remove what could not be written to its end: it stays
+    }
 }
 
 int LineWriter::open(const std::string& path, const LineReader* source) {
@@ -86,12 +96,12 @@ int LineWriter::open(const std::string& path, const LineReader* source) {
     buffer_.clear();  // what was written while no file was open
     if (!isPathText(path)) return 1;
     const platform::FileStatus* guarded = source != nullptr ? &source->fileStatus() : nullptr;
+    path_ = path;
     constexpr unsigned kPermissions = 0666;
     if (platform::openForWriting(path.c_str(), platform::FileMode::text, kPermissions, guarded,
                                  descriptor_) != 0) {
         return 1;
     }
-    path_ = path;
     return 0;
 }
 

@@ -8,9 +8,9 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/platform.h"
 
@@ -51,7 +51,8 @@ private:
 
     int descriptor_ = -1;
     platform::FileStatus status_;
-    std::vector<char> buffer_;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t bufferSize_ = 0;
     std::string_view rest_;  // what has been read and not yet delivered
     bool ended_ = true;
     bool failed_ = false;

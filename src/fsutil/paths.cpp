@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "fsutil/letterCase.h"
 #include "platform/platform.h"
@@ -21,6 +22,11 @@ std::string withForwardSlashes(std::string path) {
 std::string inLowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), lowerCase);
     return text;
+}
+
+// Paths are compared without regard to letter case and to the kind of slash.
+bool isSamePathByte(char a, char b) {
+    return lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
 }
 
 // Where the last "-" of a name is, if "default.mrk" follows it; else npos.
@@ -71,22 +77,21 @@ std::uint32_t normaliseReference(std::string& path, bool& isRelative) {
 }
 
 std::uint32_t relativeToFolder(const std::string& path, const std::string& folder, std::string& out) {
-    const std::string slashed = withForwardSlashes(path);
     const std::size_t cut = folder.size() + 1;
     const bool found =
-        inLowerCase(slashed).find(inLowerCase(withForwardSlashes(folder))) != std::string::npos;
-    out.clear();
-    if (!found || cut > slashed.size()) return 1;
-    out.append("./").append(slashed, cut);
-    return 0;
+        std::search(path.begin(), path.end(), folder.begin(), folder.end(), isSamePathByte) != path.end() ||
+        folder.empty();
+    std::string result;
+    const bool isLonger = found && cut <= path.size();
+    if (isLonger) result = withForwardSlashes("./" + path.substr(cut));
+    out = std::move(result);
+    return isLonger ? 0 : 1;
 }
 
 bool isBelowFolder(const std::string& path, const std::string& folder) {
-    if (path.size() <= folder.size()) return false;
-    const auto same = [](char a, char b) {
-        return lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
-    };
-    return std::equal(folder.begin(), folder.end(), path.begin(), same) && same(path[folder.size()], '/');
+    return path.size() > folder.size() &&
+           std::equal(folder.begin(), folder.end(), path.begin(), isSamePathByte) &&
+           isSamePathByte(path[folder.size()], '/');
 }
 
 std::uint32_t resolveRelative(const std::string& rel, const std::string& base, std::string& out) {

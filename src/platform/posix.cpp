@@ -15,6 +15,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "platform/platform.h"
 #include "platform/posixNames.h"
@@ -139,9 +140,9 @@ std::string absolutePath(const std::string& path) {
         const std::string_view step = rest.substr(0, rest.find('/'));
         if (!step.empty() && step != "." && step != "..") break;
         if (step == "..") result.resize(result.rfind('/'));
-        if (step.size() == rest.size()) return result.empty() ? "/" : result;
+        if (result.empty()) result.push_back('/');
+        if (step.size() == rest.size()) return result;
         rest.remove_prefix(step.size() + 1);
-        if (result.empty()) result = "/";
     }
     if (!result.ends_with('/')) result += '/';
     return result.append(rest);
@@ -247,7 +248,7 @@ int openTemporaryBeside(const char* path, std::string& temporary, int& descripto
     const int opened = mkostemp(place.data(), O_CLOEXEC);
     if (opened == -1) return errno;
     noteMade(place);
-    temporary = place;
+    temporary = std::move(place);
     descriptor = opened;
     return 0;
 }

@@ -132,7 +132,7 @@ private:
 
 // Whether a modification time that has been asked for differs after every later change. Linux has kept
 // that promise since 6.13 on these file systems; elsewhere two changes within one step of the clock can
-// have one time.
+// have one time. (A folder on a tmpfs takes over the time of a file that is removed from it.)
 bool showsEveryChange(int folder) {
     static const bool isPromised = [] {
         utsname system{};
@@ -144,8 +144,7 @@ bool showsEveryChange(int folder) {
     struct statfs status {};
     if (!isPromised || fstatfs(folder, &status) != 0) return false;
     const auto type = static_cast<unsigned long>(status.f_type);
-    return type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC ||
-           type == TMPFS_MAGIC;
+    return type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC;
 }
 
 // A folder up to this size is read again without a second thought.
@@ -154,15 +153,20 @@ constexpr std::size_t kSmallFolder = 256;
 // of file times ticks in steps, on some file systems of whole seconds (2 where it is coarsest).
 constexpr std::int64_t kClockStep = 20'000'000;
 constexpr std::int64_t kCoarseClockStep = 2'100'000'000;
-// A large folder in that state is read again only after this many times the time the last reading took.
+// When we have changed a folder, somebody else may have done so in the same moment, and the time of our
+// change hides theirs. So long after the last reading the names count as complete all the same; for a
+// large folder whose time does not show every change, so many times the time that the reading took.
+constexpr std::int64_t kOwnChangesPause = 50'000'000;
 constexpr std::int64_t kReadingPause = 20;
 constexpr std::size_t kMostFolders = 32;
+constexpr std::size_t kDots = 2;  // the entries "." and ".." of an empty folder
 
 struct KnownFolder {
     NameIndex names;
     std::int64_t modified = 0;  // the time of the folder's last change that the names belong to
     bool exact = false;         // every later change shows in the modification time
     bool settled = false;       // any change after the reading does
+    bool changedByUs = false;   // since the reading
     std::int64_t readAt = 0;
     std::int64_t readingTook = 0;
     std::uint64_t lastUse = 0;
@@ -196,7 +200,8 @@ public:
             return nullptr;
         }
         folder.modified = modified;
-        folder.settled = folder.exact || isSettled(modified, place.askedAt);
+        folder.settled = trusts(folder) || isSettled(modified, place.askedAt);
+        folder.changedByUs = false;
         folder.readAt = now();
         folder.readingTook = folder.readAt - place.askedAt;
         return &folder.names;
@@ -219,7 +224,8 @@ public:
         if (!folder.exact && folder.names.count() <= kSmallFolder) return;
         change(folder.names);
         folder.modified = changeTime(status);
-        folder.settled = folder.exact;
+        folder.settled = false;
+        folder.changedByUs = true;
     }
 
     void forget() { folders_.clear(); }
@@ -231,6 +237,9 @@ private:
     // files gives the folder its old modification time in the end.
     static std::int64_t changeTime(const struct stat& status) { return nanoseconds(status.st_ctim); }
 
+    // An empty folder may be removed and made again, under the same number, within one step of the clock.
+    static bool trusts(const KnownFolder& folder) { return folder.exact && folder.names.count() > kDots; }
+
     static bool isSettled(std::int64_t modified, std::int64_t askedAt) {
         const bool coarse = modified % 1'000'000'000 == 0;
         return modified + (coarse ? kCoarseClockStep : kClockStep) < askedAt;
@@ -239,8 +248,10 @@ private:
     static bool isCurrent(const KnownFolder& folder, std::int64_t modified, std::int64_t askedAt) {
         if (folder.readAt == 0 || folder.modified != modified) return false;
         if (folder.settled) return true;
-        return folder.names.count() > kSmallFolder &&
-               askedAt - folder.readAt < kReadingPause * folder.readingTook;
+        const std::int64_t age = askedAt - folder.readAt;
+        if (!folder.changedByUs || age < 0) return false;
+        if (trusts(folder)) return age < kOwnChangesPause;
+        return folder.names.count() > kSmallFolder && age < kReadingPause * folder.readingTook;
     }
 
     static bool read(const char* path, KnownFolder& folder) {
@@ -301,10 +312,9 @@ bool findFolder(const std::string& prefix, Folder& folder) {
     Folder parent;
     if (!findFolder(parentPath, parent)) return false;
     const NameIndex* names = knownFolders().namesOf(parent);
-    if (names == nullptr) return false;
-    bool asSpelled = false;
+    bool asSpelled = names == nullptr;  // what may not be listed may still be entered
     std::string_view other;
-    const int found = names->find(name, asSpelled, other);
+    const int found = names != nullptr ? names->find(name, asSpelled, other) : 0;
     if (!asSpelled && found != 1) return false;
     folder.path = parent.path;
     folder.path += asSpelled ? std::string_view(name) : other;
@@ -339,6 +349,10 @@ Spellings findSpellings(const std::string& path) {
         std::string_view other;
         result.count = names->find(result.name, result.asSpelled, other);
         result.other = other;
+    } else {  // what may not be listed may still be entered
+        struct stat status {};
+        result.asSpelled = lstat((folder.path + result.name).c_str(), &status) == 0;
+        result.count = result.asSpelled ? 1 : 0;
     }
     return result;
 }

@@ -1,6 +1,7 @@
 #include "tarnet/TarnetProjectConverter.h"
 
 #include "converter/errors.h"
+#include "interface/guard.h"
 
 namespace tvxconv {
 
@@ -11,7 +12,7 @@ int TarnetProjectConverter::convert(int, const std::string&) {
 }
 
 int TarnetProjectConverter::getLibraryParentName(std::string& name) {
-    return readField(libraryParentName_, name);
+    return guarded([&] { return readField(libraryParentName_, name); });
 }
 
 int TarnetProjectConverter::getNewStructure(std::vector<std::string>&) {
@@ -27,7 +28,7 @@ int TarnetProjectConverter::getLastErrorCode(int& code) {
 }
 
 int TarnetProjectConverter::getLastErrorMessage(std::string& message) {
-    return tvxconv::getLastErrorMessage(message);
+    return guarded([&] { return tvxconv::getLastErrorMessage(message); });
 }
 
 }  // namespace tvxconv
