@@ -25,9 +25,11 @@ bool staysInPlace(const std::string& extension, bool isRelative) {
 
 int DraftelProjectConverter::convert(int mode, const std::string& path) {
     setRequestedMode(mode);
-    if (mode == kInPlace) return convertInPlace();
-    if (mode == kIntoDestination) return convertIntoDestination(path);
-    return 0;
+    int status = 0;
+    if (mode == kInPlace) status = convertInPlace();
+    if (mode == kIntoDestination) status = convertIntoDestination(path);
+    fsutil::releaseFolder();
+    return status;
 }
 
 int DraftelProjectConverter::convertIntoDestination(const std::string& path) {

@@ -276,4 +276,8 @@ int closeDirectory(DirectoryListing* handle) {
     return closeDirectoryListing(handle);
 }
 
+void releaseFolder() {
+    platform::releaseFolder();
+}
+
 }  // namespace tvxconv::fsutil
