@@ -25,11 +25,9 @@ bool staysInPlace(const std::string& extension, bool isRelative) {
 
 int DraftelProjectConverter::convert(int mode, const std::string& path) {
     setRequestedMode(mode);
-    int status = 0;
-    if (mode == kInPlace) status = convertInPlace();
-    if (mode == kIntoDestination) status = convertIntoDestination(path);
-    fsutil::releaseFolder();
-    return status;
+    if (mode == kInPlace) return convertInPlace();
+    if (mode == kIntoDestination) return convertIntoDestination(path);
+    return 0;
 }
 
 int DraftelProjectConverter::convertIntoDestination(const std::string& path) {

@@ -276,8 +276,4 @@ int closeDirectory(DirectoryListing* handle) {
     return closeDirectoryListing(handle);
 }
 
-void releaseFolder() {
-    platform::releaseFolder();
-}
-
 }  // namespace tvxconv::fsutil

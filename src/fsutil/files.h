@@ -103,7 +103,4 @@ int openDirectory(const std::string& path, DirectoryListing*& handle);
 int readDirectory(DirectoryListing* handle, std::string& name);
 int closeDirectory(DirectoryListing* handle);
 
-// Lets go of what is held open on disk between calls; a conversion does so at its end.
-void releaseFolder();
-
 }  // namespace tvxconv::fsutil

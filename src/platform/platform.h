@@ -72,10 +72,6 @@ int removeFolder(const char* path);
 // byte), "." and ".." first. On failure `names` is empty.
 int listFolder(const char* path, std::vector<std::string>& names);
 
-// Between two calls a folder may be held open, to save walking its path again. A host may want to unmount
-// the volume: this lets go of it.
-void releaseFolder();
-
 // --- files ---
 
 // Text mode translates line ends where the system's text files differ from "\n", and nowhere else.

@@ -221,8 +221,11 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
         if (file == -1 && errno != ENOENT) return errno;
     }
     if (file == -1) {
-        file = createFile(path, kOpenFlags, permissions);
+        std::string actual;
+        if (!findPlaceForNew(path, actual)) return ENOENT;
+        file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
         if (file == -1) return errno;
+        noteMade(actual);
     }
     FileStatus status;
     if (const int error = getStatus(file, status); error != 0) return closeWith(file, error);

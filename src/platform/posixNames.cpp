@@ -1,12 +1,10 @@
 #include "platform/posixNames.h"
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <sys/vfs.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,8 +17,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "platform/platform.h"
 
 namespace tvxconv::platform {
 namespace {
@@ -162,7 +158,6 @@ constexpr std::int64_t kCoarseClockStep = 2'100'000'000;
 // large folder whose time does not show every change, so many times the time that the reading took.
 constexpr std::int64_t kOwnChangesPause = 50'000'000;
 constexpr std::int64_t kReadingPause = 20;
-constexpr std::int64_t kHoldingTime = 2'000'000;
 constexpr std::size_t kMostFolders = 32;
 constexpr std::size_t kDots = 2;  // the entries "." and ".." of an empty folder
 
@@ -222,7 +217,7 @@ public:
     template <class Change>
     void noteChange(const std::string& prefix, Change change) {
         struct stat status {};
-        if (statusOf(prefix, now(), status) != 0) return;
+        if (stat(asFolder(prefix), &status) != 0) return;
         const auto found = folders_.find(idOf(status));
         if (found == folders_.end()) return;
         KnownFolder& folder = found->second;
@@ -233,40 +228,7 @@ public:
         folder.changedByUs = true;
     }
 
-    void forget() {
-        folders_.clear();
-        release();
-    }
-
-    // stat for a folder. The folder asked for last is held open for a moment, so that a row of questions
-    // about it does not walk its path each time; one that has been removed meanwhile is noticed.
-    int statusOf(const std::string& path, std::int64_t askedAt, struct stat& status) {
-        const bool isHeld = held_ != -1 && path == heldPath_ && askedAt - heldSince_ < kHoldingTime;
-        if (isHeld && fstat(held_, &status) == 0 && status.st_nlink > 0) return 0;
-        const bool isAskedAgain = path == heldPath_;
-        release();
-        const int result = stat(asFolder(path), &status);
-        if (result != 0) return result;
-        heldPath_ = path;
-        heldSince_ = askedAt;
-        if (isAskedAgain && S_ISDIR(status.st_mode)) {
-            held_ = open(asFolder(path), O_PATH | O_DIRECTORY | O_CLOEXEC);
-            struct stat opened {};
-            if (held_ != -1 && (fstat(held_, &opened) != 0 || idOf(opened) != idOf(status))) release();
-        }
-        return 0;
-    }
-
-    // The open folder of that path, for the calls that take one; AT_FDCWD when it is not held.
-    int heldFolder(const std::string& path) const {
-        return held_ != -1 && path == heldPath_ ? held_ : AT_FDCWD;
-    }
-
-    void release() noexcept {
-        if (held_ != -1) close(held_);
-        held_ = -1;
-        heldPath_.clear();
-    }
+    void forget() { folders_.clear(); }
 
 private:
     static FolderId idOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
@@ -319,9 +281,6 @@ private:
 
     std::map<FolderId, KnownFolder> folders_;
     std::string latest_;  // the path of the folder asked for last
-    std::string heldPath_;
-    int held_ = -1;  // that folder, open, if it has been asked for twice
-    std::int64_t heldSince_ = 0;
     std::uint64_t uses_ = 0;
 };
 
@@ -345,9 +304,7 @@ void splitPath(const std::string& path, std::string& folder, std::string& name) 
 bool findFolder(const std::string& prefix, Folder& folder) {
     folder.askedAt = now();
     folder.path = prefix;
-    if (knownFolders().statusOf(prefix, folder.askedAt, folder.status) == 0) {
-        return S_ISDIR(folder.status.st_mode);
-    }
+    if (stat(asFolder(prefix), &folder.status) == 0) return S_ISDIR(folder.status.st_mode);
     if (errno != ENOENT || prefix.empty() || prefix == "/") return false;
     std::string name;
     std::string parentPath;
@@ -428,26 +385,6 @@ bool findPlaceForNew(const std::string& path, std::string& actual) {
     if (!found.hasFolder) return false;
     actual = found.pathOf(!found.asSpelled && found.count == 1 ? found.other : found.name);
     return true;
-}
-
-int createFile(const std::string& path, int flags, unsigned permissions) {
-    const Spellings found = findSpellings(path);
-    if (!found.hasFolder) {
-        errno = ENOENT;
-        return -1;
-    }
-    const std::string& name = !found.asSpelled && found.count == 1 ? found.other : found.name;
-    const std::string actual = found.pathOf(name);
-    const int folder = found.slashes.empty() ? knownFolders().heldFolder(found.folder) : AT_FDCWD;
-    const int file = openat(folder, folder != AT_FDCWD ? name.c_str() : actual.c_str(),
-                            flags | O_WRONLY | O_CREAT, permissions);
-    const bool isNew = !found.asSpelled && found.count != 1;
-    if (file != -1 && isNew) noteMade(actual);
-    return file;
-}
-
-void releaseFolder() {
-    knownFolders().release();
 }
 
 bool isInFolderAskedLast(const std::string& path) {

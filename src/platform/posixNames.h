@@ -25,10 +25,6 @@ bool findOtherSpelling(const std::string& path, std::string& actual);
 // another case if there is one, else as spelled. False when the folder does not exist.
 bool findPlaceForNew(const std::string& path, std::string& actual);
 
-// Opens the file `path` for writing where it belongs (see findPlaceForNew), making it if need be. Returns
-// the descriptor, or -1 with errno set.
-int createFile(const std::string& path, int flags, unsigned permissions);
-
 // Whether the folder of `path` is the one that any of these functions looked at last: looking there
 // again is cheaper than a call that fails.
 bool isInFolderAskedLast(const std::string& path);

@@ -296,8 +296,6 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
-void releaseFolder() {}  // none is held
-
 int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus* opened) {
     descriptor = -1;
     if (isStopped()) return ECANCELED;
