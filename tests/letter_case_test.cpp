@@ -574,6 +574,25 @@ TEST_P(OthersChanges, ToTheFolderItselfAreNoticed) {
     }
 }
 
+TEST_P(OthersChanges, OfOneFolderForAnotherAreNoticed) {
+    writeByOther("Amp.SIM", "work");
+    folder.write("Other/AMP.SIM", "other");
+    for (int i = 0; i < kRounds; ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_EQ(textOf("Work/amp.sim"), i % 2 == 0 ? "work" : "other");
+        ASSERT_FALSE(finds("none"));
+        ASSERT_FALSE(finds("None"));
+        fs::rename(folder.path("Work"), folder.path("Aside"));
+        fs::rename(folder.path("Other"), folder.path("Work"));
+        fs::rename(folder.path("Aside"), folder.path("Other"));
+        // What is made now belongs to the folder that has the name now.
+        ASSERT_EQ(writeText("Work/own", "text"), 0);
+        ASSERT_FALSE(folder.exists("Other/own"));
+        ASSERT_EQ(remove("Work/OWN"), 0);
+        ASSERT_FALSE(folder.exists("Work/own"));
+    }
+}
+
 TEST_P(OthersChanges, ToALinkAreNoticed) {
     folder.write("Else/Amp.sim", "else");
     writeByOther("AMP.SIM", "work");

@@ -1,5 +1,7 @@
 // What the project looks like after a conversion: the listing that a host shows, and the report file.
 
+#include <memory>
+
 #include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
@@ -19,6 +21,8 @@ bool listFolder(const std::string& folder, std::vector<std::string>& lines,
     subFolders.clear();
     fsutil::DirectoryListing* listing = nullptr;
     if (fsutil::openDirectory(folder, listing) != 0) return false;
+    const std::unique_ptr<fsutil::DirectoryListing, int (*)(fsutil::DirectoryListing*)> closing(
+        listing, fsutil::closeDirectory);
     lines.push_back(folder);
     std::string name;
     std::string extension;
@@ -29,7 +33,6 @@ bool listFolder(const std::string& folder, std::vector<std::string>& lines,
             lines.push_back(kIndent + name);
         }
     }
-    fsutil::closeDirectory(listing);
     return true;
 }
 

@@ -129,7 +129,11 @@ int makeDirectory(const char* path, int /*mode*/) {
 
 int copyStream(const char* source, int descriptor) {
     const SourceFile file(source);
-    return file.descriptor == -1 ? -1 : copyOpenFiles(file.descriptor, descriptor, file.status.size);
+    platform::FileStatus target;
+    // A file appended to itself would never end.
+    if (file.descriptor == -1 || platform::getStatus(descriptor, target) != 0) return -1;
+    if (platform::isSameFile(file.status, target)) return -1;
+    return copyOpenFiles(file.descriptor, descriptor, file.status.size);
 }
 
 int copyFileContents(const char* source, const char* destination) {

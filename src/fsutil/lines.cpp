@@ -81,12 +81,14 @@ void LineReader::close() {
     if (descriptor_ != -1) platform::closeFile(descriptor_);
     descriptor_ = -1;
     status_ = {};
+    rest_ = {};
+    ended_ = true;
 }
 
 LineWriter::~LineWriter() {
     try {
-        close();
-    } catch (...) {  // no memory to remove what could not be written to its end: it stays
+        abandon();   // whoever leaves without closing did not come to the end
+    } catch (...) {  // no memory to remove it: it stays
     }
 }
 

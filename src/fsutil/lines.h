@@ -63,6 +63,7 @@ private:
 class LineWriter {
 public:
     LineWriter() = default;
+    // A file that has not been closed is abandoned.
     ~LineWriter();
     LineWriter(const LineWriter&) = delete;
     LineWriter& operator=(const LineWriter&) = delete;

@@ -171,7 +171,7 @@ int removeFolder(const char* path) {
         removed = actual;
         return rmdir(actual);
     }));
-    if (error == 0) noteRemoved(removed);
+    if (error == 0) noteChangeUnseen(removed);
     return error;
 }
 
@@ -222,10 +222,12 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
     }
     if (file == -1) {
         std::string actual;
-        if (!findPlaceForNew(path, actual)) return ENOENT;
-        file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
+        bool isNew = false;
+        if (!findPlaceForNew(path, actual, &isNew)) return ENOENT;
+        // A file that is there is opened without the flag: some systems refuse it for another user's file.
+        file = open(actual.c_str(), O_WRONLY | (isNew ? O_CREAT : 0) | kOpenFlags, permissions);
         if (file == -1) return errno;
-        noteMade(actual);
+        if (isNew) noteMade(actual);
     }
     FileStatus status;
     if (const int error = getStatus(file, status); error != 0) return closeWith(file, error);
@@ -347,7 +349,7 @@ int replaceFile(const char* from, const char* to) {
         return std::rename(actualFrom, actual.c_str());
     }));
     if (error == 0) {
-        noteRemoved(moved);
+        noteChangeUnseen(moved);
         noteMade(actual);
     }
     return error;

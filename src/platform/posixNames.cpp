@@ -228,6 +228,11 @@ public:
         folder.changedByUs = true;
     }
 
+    void drop(const std::string& prefix) {
+        struct stat status {};
+        if (stat(asFolder(prefix), &status) == 0) folders_.erase(idOf(status));
+    }
+
     void forget() { folders_.clear(); }
 
 private:
@@ -380,10 +385,12 @@ bool findOtherSpelling(const std::string& path, std::string& actual) {
     return actual != path;
 }
 
-bool findPlaceForNew(const std::string& path, std::string& actual) {
+bool findPlaceForNew(const std::string& path, std::string& actual, bool* isNew) {
     const Spellings found = findSpellings(path);
     if (!found.hasFolder) return false;
-    actual = found.pathOf(!found.asSpelled && found.count == 1 ? found.other : found.name);
+    const bool isOther = !found.asSpelled && found.count == 1;
+    actual = found.pathOf(isOther ? found.other : found.name);
+    if (isNew != nullptr) *isNew = !found.asSpelled && !isOther;
     return true;
 }
 
@@ -406,6 +413,17 @@ void noteMade(const std::string& actual) noexcept {
 
 void noteRemoved(const std::string& actual) noexcept {
     noteChange(actual, [](NameIndex& names, const std::string& name) { names.remove(name); });
+}
+
+void noteChangeUnseen(const std::string& actual) noexcept {
+    try {
+        std::string prefix;
+        std::string name;
+        splitPath(actual, prefix, name);
+        knownFolders().drop(prefix);
+    } catch (...) {
+        knownFolders().forget();
+    }
 }
 
 bool nameComesBefore(const std::string& a, const std::string& b) {

@@ -22,8 +22,9 @@ namespace tvxconv::platform {
 bool findOtherSpelling(const std::string& path, std::string& actual);
 
 // Where a new entry called `path` belongs: in the folder that exists, under the name of its twin in
-// another case if there is one, else as spelled. False when the folder does not exist.
-bool findPlaceForNew(const std::string& path, std::string& actual);
+// another case if there is one, else as spelled. False when the folder does not exist. `isNew`, where
+// given, tells that nothing is there yet.
+bool findPlaceForNew(const std::string& path, std::string& actual, bool* isNew = nullptr);
 
 // Whether the folder of `path` is the one that any of these functions looked at last: looking there
 // again is cheaper than a call that fails.
@@ -36,6 +37,9 @@ int countSpellings(const std::string& path, std::string& actual);
 // An entry has been made or removed by this process, under its `actual` path.
 void noteMade(const std::string& actual) noexcept;
 void noteRemoved(const std::string& actual) noexcept;
+
+// The same for an entry whose folder was not looked at just before: what is known of it is dropped.
+void noteChangeUnseen(const std::string& actual) noexcept;
 
 // The order of names in a listing: ascending ignoring ASCII case, ties by byte, "." and ".." first.
 bool nameComesBefore(const std::string& a, const std::string& b);

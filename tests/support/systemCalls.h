@@ -5,10 +5,7 @@
 
 #pragma once
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -67,26 +64,5 @@ inline std::vector<int> callsBefore(const std::string& text, const std::vector<s
     }
     return counts;
 }
-
-// For as long as it is there, folders for tests are made in memory, where many runs cost little.
-class FoldersInMemory {
-public:
-    FoldersInMemory() {
-        if (const char* before = std::getenv("TMPDIR")) before_ = before;
-        if (access("/dev/shm", W_OK | X_OK) == 0) setenv("TMPDIR", "/dev/shm", 1);
-    }
-    ~FoldersInMemory() {
-        if (before_.empty()) {
-            unsetenv("TMPDIR");
-        } else {
-            setenv("TMPDIR", before_.c_str(), 1);
-        }
-    }
-    FoldersInMemory(const FoldersInMemory&) = delete;
-    FoldersInMemory& operator=(const FoldersInMemory&) = delete;
-
-private:
-    std::string before_;
-};
 
 }  // namespace tests

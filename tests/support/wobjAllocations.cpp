@@ -33,16 +33,23 @@ bool endFailing() {
 
 }  // namespace wobjtest
 
-// The forms for arrays and the ones that do not throw come down to these.
+// The forms for arrays come down to these. A sanitizer brings its own of the rest, so they stand here too.
 void* operator new(std::size_t size) {
     void* memory = isToFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return isToFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
