@@ -18,7 +18,7 @@ class CommandLine : public testing::Test {
 protected:
     void SetUp() override {
         tests::writeTree(folder_.path("old/amp"), smallProject());
-        folder_.makeFolder("work");
+        folder_.makeFolder("desk");
         before_ = pictureOf(folder_.path("old"));
     }
 
@@ -224,11 +224,11 @@ TEST_F(CommandLine, RelativeArgumentsAreTakenFromTheCurrentFolder) {
     } const cases[] = {
         {"old/amp", "amp.opj", "../../new", "new"},
         {"old/amp", "./amp.opj", "../../new/", "new"},
-        {"old", "amp/amp.opj", "../work/new", "work/new"},
-        {"work", "../old/amp/amp.opj", "new", "work/new"},
-        {"work", "../old/amp/amp.opj", "./new", "work/new"},
-        {"work", "../old/amp/amp.opj", ".", "work"},
-        {"work", "../old/../old/amp/amp.opj", "../work/./new", "work/new"},
+        {"old", "amp/amp.opj", "../desk/new", "desk/new"},
+        {"desk", "../old/amp/amp.opj", "new", "desk/new"},
+        {"desk", "../old/amp/amp.opj", "./new", "desk/new"},
+        {"desk", "../old/amp/amp.opj", ".", "desk"},
+        {"desk", "../old/../old/amp/amp.opj", "../desk/./new", "desk/new"},
         {"old/amp/local", "../amp.opj", "../../../new", "new"},
     };
     for (const auto& one : cases) {
@@ -239,8 +239,8 @@ TEST_F(CommandLine, RelativeArgumentsAreTakenFromTheCurrentFolder) {
             << one.destination;
         EXPECT_EQ(result.output, asLines(convertedListing(folder_.path(one.becomes)))) << one.destination;
         std::filesystem::remove_all(folder_.path("new"));
-        std::filesystem::remove_all(folder_.path("work"));
-        folder_.makeFolder("work");
+        std::filesystem::remove_all(folder_.path("desk"));
+        folder_.makeFolder("desk");
     }
 }
 

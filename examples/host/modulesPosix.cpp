@@ -2,6 +2,10 @@
 
 #include "modules.h"
 
-void* loadLibrary(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
+void* loadLibrary(const char* path) {
+    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+}
 
-void* findFunction(void* library, const char* name) { return dlsym(library, name); }
+void* findFunction(void* library, const char* name) {
+    return dlsym(library, name);
+}
