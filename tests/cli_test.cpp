@@ -13,7 +13,7 @@ namespace {
 using namespace clitest;
 using Json = nlohmann::ordered_json;
 
-// The small project in "old/amp"; "work" is a folder to stand in.
+// The small project in "old/amp"; "desk" is a folder to stand in.
 class CommandLine : public testing::Test {
 protected:
     void SetUp() override {
@@ -85,14 +85,14 @@ TEST_F(CommandLine, EveryWrongOneEndsWithStatus2AndAMessageAndDoesNothing) {
         {"--to", to, "draftel", project()},
     };
     for (const std::vector<std::string>& arguments : wrong) {
-        const ProgramResult result = runTvxconv(arguments, folder_.path("work"));
+        const ProgramResult result = runTvxconv(arguments, folder_.path("desk"));
         const std::string shown = testing::PrintToString(arguments);
         EXPECT_EQ(result.status, 2) << shown;
         EXPECT_EQ(result.output, "") << shown;
         EXPECT_NE(result.errors, "") << shown;
         EXPECT_FALSE(folder_.exists("new")) << shown;
     }
-    EXPECT_EQ(pictureOf(folder_.path("work")).size(), 0U);
+    EXPECT_EQ(pictureOf(folder_.path("desk")).size(), 0U);
 }
 
 TEST_F(CommandLine, ToWritesTheWholeNewStructureAndListsIt) {
@@ -296,16 +296,16 @@ TEST_F(CommandLine, DotsInTheArgumentsDoNotChangeWhatTheProjectNames) {
 }
 
 TEST_F(CommandLine, AProjectReachedThroughALinkIsReadWhereTheLinkIs) {
-    std::filesystem::create_directory_symlink(folder_.path("old/amp"), folder_.path("work/link"));
+    std::filesystem::create_directory_symlink(folder_.path("old/amp"), folder_.path("desk/link"));
     const ProgramResult result =
-        runTvxconv({"draftel", "link/amp.opj", "--to", folder_.path("new")}, folder_.path("work"));
+        runTvxconv({"draftel", "link/amp.opj", "--to", folder_.path("new")}, folder_.path("desk"));
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(difference(convertedDestination(), tests::treeOf(folder_.path("new"))), "");
 }
 
 TEST_F(CommandLine, BackslashesAndLetterCaseInTheArgumentsAreThoseOfTheProjectsHome) {
     const ProgramResult result =
-        runTvxconv({"draftel", "..\\OLD\\Amp\\AMP.opj", "--to", "..\\new"}, folder_.path("work"));
+        runTvxconv({"draftel", "..\\OLD\\Amp\\AMP.opj", "--to", "..\\new"}, folder_.path("desk"));
     EXPECT_EQ(result.status, 0) << result.errors;
     // The design is called as the project file's name was spelled.
     Tree expected;
@@ -368,7 +368,7 @@ TEST_F(CommandLine, ConvertsProjectsWithUnusualNames) {
                            "$HOME",
                            "%s%n"};
     for (const char* name : names) {
-        const std::string old = folder_.path(std::string("work/") + name);
+        const std::string old = folder_.path(std::string("desk/") + name);
         const std::string destination = folder_.path(std::string("new ") + name);
         tests::writeTree(old, smallProject());
         const ProgramResult result = runTvxconv({"draftel", old + "/amp.opj", "--to", destination, "--json"});
@@ -397,7 +397,7 @@ TEST_F(CommandLine, ConvertsDesignsSchematicsAndProfilesWithUnusualNames) {
             };
             old[renamed(file)] = renamed(text);
         }
-        const std::string folder = folder_.path("work/" + name);
+        const std::string folder = folder_.path("desk/" + name);
         tests::writeTree(folder, old);
         const auto before = pictureOf(folder);
         const ProgramResult result =

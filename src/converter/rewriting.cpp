@@ -18,4 +18,8 @@ int rewriteLines(const std::string& oldPath, const std::string& newPath, const L
     return writer.close() == 0 ? 0 : reportError(ERR_OPEN_FOR_WRITING, newPath);
 }
 
+bool containsEither(const std::string& value, const char* text, const char* otherText) {
+    return value.find(text) != std::string::npos || value.find(otherText) != std::string::npos;
+}
+
 }  // namespace tvxconv

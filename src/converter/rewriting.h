@@ -22,4 +22,8 @@ using LineRewriter = std::function<void(std::string_view line, fsutil::LineWrite
 // On failure there is no new file (one that was there is gone if it had been opened).
 int rewriteLines(const std::string& oldPath, const std::string& newPath, const LineRewriter& rewrite);
 
+// Whether the value of a line has one of two texts in it, in just this letter case: the two spellings of an
+// extension that tell which file the value names.
+bool containsEither(const std::string& value, const char* text, const char* otherText);
+
 }  // namespace tvxconv

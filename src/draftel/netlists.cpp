@@ -39,14 +39,10 @@ const char* directiveOf(std::string_view line) {
     return nullptr;
 }
 
-bool contains(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
-
 const DeckReference* deckReferenceOf(const char* directive, const std::string& value) {
     for (const DeckReference& reference : kDeckReferences) {
         if (reference.directive != directive) continue;
-        if (contains(value, reference.mark) || contains(value, reference.otherMark)) return &reference;
+        if (containsEither(value, reference.mark, reference.otherMark)) return &reference;
     }
     return nullptr;
 }
@@ -87,7 +83,7 @@ int DraftelProjectConverter::relocateSchematicNetlist(const std::string& designB
         std::string value;
         if (!fsutil::beginsWithKey(line, kInclude) || fsutil::scanQuotedValue(line, value) != 1) {
             writer.write(line);
-        } else if (contains(value, ".par") || contains(value, ".PAR")) {
+        } else if (containsEither(value, ".par", ".PAR")) {
             writer.writeInPlaceOf(line, directiveLine(kInclude, "../" + schematic + ".par"));
         }
     });

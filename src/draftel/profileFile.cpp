@@ -52,10 +52,6 @@ const FileKey* fileKeyOf(std::string_view line) {
     return nullptr;
 }
 
-bool contains(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
-
 // The whole number after the "+" of a line, blanks and a sign before it allowed; false without one, or
 // with one that no int holds.
 bool entryNumber(std::string_view line, int& number) {
@@ -118,7 +114,7 @@ int DraftelProjectConverter::rewriteSimProfile(const std::string& fileBase, cons
             const int scanned = fsutil::scanQuotedValue(line, value);
             if (scanned == EOF) return;
             if (scanned == 1) {
-                if (!contains(value, key->mark) && !contains(value, key->otherMark)) return;
+                if (!containsEither(value, key->mark, key->otherMark)) return;
                 value = key->newValue == NewValue::profileFile ? profile + ".sim"
                         : key->newValue == NewValue::deck      ? profile + ".cir"
                                                                : relocatedOutput(value);
