@@ -2,8 +2,9 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
+#include <new>
 #include <set>
+#include <thread>
 
 #include "KeptFiles.h"
 #include "ProgressLine.h"
@@ -25,15 +26,40 @@ namespace {
 constexpr int kInPlace = 1;
 constexpr int kIntoDestination = 2;
 
-// Set by SIGINT and SIGTERM. While the conversion runs they also stop its work on files; afterwards
-// the program sees to it that the old files are in order, which must not be cut short.
+// Set when the user asks the program to end. While the conversion runs, that also stops its work on
+// files; afterwards the program sees to it that the old files are in order, which must not be cut short.
 std::atomic<bool> interrupted{false};
-std::atomic<bool> converting{false};
+enum class Work { other, converting, stopping, stopped };
+std::atomic<Work> work{Work::other};
 
+// May run in the midst of things, in any thread.
 void noteInterrupt() {
     interrupted = true;
-    if (converting) platform::stopFiles();
+    Work expected = Work::converting;
+    if (!work.compare_exchange_strong(expected, Work::stopping)) return;
+    platform::stopFiles();
+    work = Work::stopped;
 }
+
+// Lets interrupts stop the work on files as long as the object lives.
+class Interruptible {
+public:
+    Interruptible() {
+        work = Work::converting;
+        // Asked to end before there was work to stop.
+        if (interrupted) noteInterrupt();
+    }
+    ~Interruptible() {
+        Work expected = Work::converting;
+        if (!work.compare_exchange_strong(expected, Work::other)) {
+            while (work != Work::stopped) std::this_thread::yield();
+        }
+        work = Work::other;
+        platform::resumeFiles();
+    }
+    Interruptible(const Interruptible&) = delete;
+    Interruptible& operator=(const Interruptible&) = delete;
+};
 
 void tellError(const ConversionResult& result) {
     if (result.errorCode != 0)
@@ -62,20 +88,61 @@ int refuse(const std::string& reason, const DraftelOptions& options, int exitSta
     return endWith(result, options, exitStatus);
 }
 
-ConversionResult convert(const DraftelOptions& options, IDraftelProjectConverter& converter) {
-    const ProgressLine progress("Converting " + options.project);
-    converting = true;
-    if (interrupted) platform::stopFiles();  // asked to end before there was work to stop
-    ConversionResult result;
-    result.status = options.inPlace ? converter.convert(kInPlace, CString())
-                                    : converter.convert(kIntoDestination, options.destination.c_str());
-    converting = false;
-    platform::resumeFiles();
-    converter.getLastErrorCode(result.errorCode);
+void readLastError(IDraftelProjectConverter& converter, ConversionResult& result) {
     CString text;
+    converter.getLastErrorCode(result.errorCode);
     converter.getLastErrorMessage(text);
     result.errorMessage = text.GetString();
-    return result;
+}
+
+std::unique_ptr<IDraftelProjectConverter> makeConverter(const DraftelOptions& options) {
+    const CString projectPath(options.project.c_str());
+    std::unique_ptr<IDraftelProjectConverter> converter(createDraftelProjectConverter(&projectPath));
+    if (converter == nullptr) throw std::bad_alloc();
+    return converter;
+}
+
+// Runs the conversion. False when it failed or was interrupted; the user has been told.
+bool convert(const DraftelOptions& options, IDraftelProjectConverter& converter, ConversionResult& result) {
+    {
+        const ProgressLine progress("Converting " + options.project);
+        const Interruptible interruptible;
+        result.status = options.inPlace ? converter.convert(kInPlace, CString())
+                                        : converter.convert(kIntoDestination, options.destination.c_str());
+    }
+    readLastError(converter, result);
+    if (result.status == 0 && !interrupted) return true;
+    tellError(result);
+    if (interrupted) tell("interrupted");
+    if (result.status == 0) result.status = 1;
+    return false;
+}
+
+// What remains to be done after a conversion that went through: tells what the user should know of it, and
+// prints the new structure.
+int conclude(const DraftelOptions& options, const ProjectInspection& inspection,
+             tvxconv::DraftelProjectConverter& converter, ConversionResult& result, int exitStatus) {
+    tellError(result);
+    IDraftelProjectConverter& driven = converter;
+    CString newProject;
+    if (driven.getNewProjectPath(newProject) == 0) result.newProjectPath = newProject.GetString();
+    for (const std::string& profile : profilesLeftOut(inspection, converter)) {
+        tell("the profile " + inQuotes(profile) +
+             " is not in the new project: its file does not lie beside the old one, or names no schematic "
+             "that is a root of the design");
+    }
+    CStringArray structure;
+    driven.getNewStructure(structure);
+    for (int i = 0; i < structure.GetSize(); ++i) result.structure.emplace_back(structure[i].GetString());
+    if (!options.report.empty()) {
+        if (const int status = driven.writeReport(structure, options.report.c_str()); status != 0) {
+            result.status = status;
+            readLastError(driven, result);
+            tellError(result);
+            exitStatus = kNotConverted;
+        }
+    }
+    return endWith(result, options, exitStatus);
 }
 
 // A project in place that is in the new layout already: it is shown, and left as it is.
@@ -90,6 +157,80 @@ int showConverted(const ProjectInspection& inspection, const DraftelOptions& opt
     result.newProjectPath = options.project;
     converter.getNewStructure(result.structure);
     return endWith(result, options, kConverted);
+}
+
+// Why the project cannot be converted in place, before anything is kept; empty when it can.
+std::string refusalInPlace(const DraftelOptions& options, const ProjectInspection& inspection) {
+    if (!inspection.otherProfiles.empty()) {
+        return inQuotes(options.project) + ": the profile " + inQuotes(inspection.otherProfiles.front()) +
+               " has moved already, the profile " + inQuotes(inspection.flatProfiles.front()) +
+               " has not. Converting the second would take the first out of the project";
+    }
+    if (const std::string other = fileInTheWay(options.project, inspection); !other.empty()) {
+        return "the converted project would overwrite " + inQuotes(other) +
+               ", which is another file. Move it away, or convert with --to";
+    }
+    return {};
+}
+
+int convertIntoDestination(const DraftelOptions& options, const ProjectInspection& inspection) {
+    const auto converter = makeConverter(options);
+    ConversionResult result;
+    if (!convert(options, *converter, result)) {
+        tell("The old project has not been changed; what was written so far is in " +
+             inQuotes(options.destination) + ".");
+        return endWith(result, options, kNotConverted);
+    }
+    return conclude(options, inspection, dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter), result,
+                    kConverted);
+}
+
+int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspection) {
+    KeptFiles kept(inspection.projectDir);
+    std::string reason;
+    if (kept.isLeftOver(reason)) return refuse(reason, options, kNotConverted);
+    if (!inspection.otherProfiles.empty() && inspection.flatProfiles.empty()) {
+        return showConverted(inspection, options);
+    }
+    if (const std::string refusal = refusalInPlace(options, inspection); !refusal.empty()) {
+        return refuse(refusal, options, kNotConverted);
+    }
+    if (!kept.begin(reason)) return refuse(reason, options, kNotConverted);
+    if (!keepOldFiles(options.project, inspection, kept, reason)) {
+        releaseKept(kept);
+        return refuse("cannot keep a copy of " + inQuotes(reason) +
+                          " while the project is converted; check disk space and access permissions",
+                      options, kNotConverted);
+    }
+    // With an error on the way, a deck that was there before need not be the one of this conversion.
+    std::set<std::string> doubtful = filesInSimulationRoot(inspection);
+
+    const auto converter = makeConverter(options);
+    ConversionResult result;
+    if (!convert(options, *converter, result)) {
+        putBackAll(kept);
+        return endWith(result, options, kNotConverted);
+    }
+
+    int exitStatus = kConverted;
+    auto& draftelConverter = dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter);
+    if (result.errorCode == 0) doubtful.clear();
+    const NotCarried notCarried = putBackWhatIsMissing(draftelConverter, kept, doubtful);
+    for (const std::string& path : notCarried.putBack) {
+        tell(inQuotes(path) +
+             " was not carried over and has been put back. Mend the cause, and move it to its new place by "
+             "hand: the project names it there");
+    }
+    for (const std::string& path : notCarried.stuck) {
+        tell(inQuotes(path) + " was not carried over and could not be put back; it is kept as " +
+             inQuotes(kept.keptPath(path)));
+    }
+    if (!notCarried.putBack.empty() || !notCarried.stuck.empty()) {
+        exitStatus = kNotConverted;
+        result.status = 1;
+    }
+    if (notCarried.stuck.empty()) releaseKept(kept);
+    return conclude(options, inspection, draftelConverter, result, exitStatus);
 }
 
 }  // namespace
@@ -113,95 +254,7 @@ int runDraftelCommand(const DraftelOptions& options) {
         tell("Nothing has been changed.");
         return endWith(result, options, kNotConverted);
     }
-
     platform::onInterrupt(noteInterrupt);
-    std::optional<KeptFiles> kept;
-    std::string reason;
-    if (options.inPlace) {
-        kept.emplace(inspection.projectDir);
-        if (kept->isLeftOver(reason)) return refuse(reason, options, kNotConverted);
-    }
-    if (options.inPlace && !inspection.otherProfiles.empty()) {
-        if (inspection.flatProfiles.empty()) return showConverted(inspection, options);
-        return refuse(inQuotes(options.project) + ": the profile " +
-                          inQuotes(inspection.otherProfiles.front()) + " has moved already, the profile " +
-                          inQuotes(inspection.flatProfiles.front()) +
-                          " has not. Converting the second would take the first out of the project",
-                      options, kNotConverted);
-    }
-    if (options.inPlace) {
-        if (const std::string other = fileInTheWay(options.project, inspection); !other.empty()) {
-            return refuse("the converted project would overwrite " + inQuotes(other) +
-                              ", which is another file. Move it away, or convert with --to",
-                          options, kNotConverted);
-        }
-        if (!kept->begin(reason)) return refuse(reason, options, kNotConverted);
-        if (!keepOldFiles(options.project, inspection, *kept, reason)) {
-            releaseKept(*kept);
-            return refuse("cannot keep a copy of " + inQuotes(reason) +
-                              " while the project is converted; check disk space and access permissions",
-                          options, kNotConverted);
-        }
-    }
-
-    // With an error on the way, a deck that was there before need not be the one of this conversion.
-    std::set<std::string> doubtful;
-    if (kept) doubtful = filesInSimulationRoot(inspection);
-
-    const CString projectPath(options.project.c_str());
-    const std::unique_ptr<IDraftelProjectConverter> converter(createDraftelProjectConverter(&projectPath));
-    if (converter == nullptr) throw std::bad_alloc();
-    ConversionResult result = convert(options, *converter);
-    if (result.status != 0 || interrupted) {
-        tellError(result);
-        if (interrupted) tell("interrupted");
-        if (result.status == 0) result.status = 1;
-        if (kept) {
-            putBackAll(*kept);
-        } else {
-            tell("The old project has not been changed; what was written so far is in " +
-                 inQuotes(options.destination) + ".");
-        }
-        return endWith(result, options, kNotConverted);
-    }
-
-    int exitStatus = kConverted;
-    auto& draftelConverter = dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter);
-    if (kept) {
-        if (result.errorCode == 0) doubtful.clear();
-        const NotCarried notCarried = putBackWhatIsMissing(draftelConverter, *kept, doubtful);
-        for (const std::string& path : notCarried.putBack) {
-            tell(inQuotes(path) +
-                 " was not carried over and has been put back; move it by hand, or mend the "
-                 "cause and convert again");
-        }
-        for (const std::string& path : notCarried.stuck) {
-            tell(inQuotes(path) + " was not carried over and could not be put back; it is kept as " +
-                 inQuotes(kept->keptPath(path)));
-        }
-        if (!notCarried.putBack.empty() || !notCarried.stuck.empty()) exitStatus = kNotConverted;
-        if (notCarried.stuck.empty()) releaseKept(*kept);
-    }
-    tellError(result);
-    CString newProject;
-    if (converter->getNewProjectPath(newProject) == 0) result.newProjectPath = newProject.GetString();
-    for (const std::string& profile : profilesLeftOut(inspection, draftelConverter)) {
-        tell("the profile " + inQuotes(profile) +
-             " is not in the new project: its profile file was not found beside the old one");
-    }
-    CStringArray structure;
-    converter->getNewStructure(structure);
-    for (int i = 0; i < structure.GetSize(); ++i) result.structure.emplace_back(structure[i].GetString());
-    if (!options.report.empty()) {
-        if (const int status = converter->writeReport(structure, options.report.c_str()); status != 0) {
-            result.status = status;
-            converter->getLastErrorCode(result.errorCode);
-            CString text;
-            converter->getLastErrorMessage(text);
-            result.errorMessage = text.GetString();
-            tellError(result);
-            exitStatus = kNotConverted;
-        }
-    }
-    return endWith(result, options, exitStatus);
+    return options.inPlace ? convertInPlace(options, inspection)
+                           : convertIntoDestination(options, inspection);
 }

@@ -26,14 +26,16 @@ inline InjectedRun runInjected(const std::string& injection, const std::vector<s
     const std::string log = scratch.path("log");
     const std::string calls = injection.substr(0, injection.find(':'));
     std::vector<std::string> command = {
-        "strace", "-qq", "-o", log, "-e", "trace=" + calls, "-e", "inject=" + injection};
+        "strace", "-f", "-qq", "-o", log, "-e", "trace=" + calls, "-e", "inject=" + injection};
+    // The filter in the kernel stops the program at these calls alone, which halves the time of a run. It
+    // knows no signals.
+    if (injection.find(":signal=") == std::string::npos) command.insert(command.begin() + 2, "--seccomp-bpf");
     command.insert(command.end(), program.begin(), program.end());
     InjectedRun run;
     // A program that is traced already cannot be searched for leaks.
     run.result = runProgram(command, folder, {"ASAN_OPTIONS=detect_leaks=0"});
     const std::string text = readFile(log);
-    run.fired = text.find("(INJECTED)") != std::string::npos || text.find("\n--- SIG") != std::string::npos ||
-                text.starts_with("--- SIG");
+    run.fired = text.find("(INJECTED)") != std::string::npos || text.find("--- SIG") != std::string::npos;
     return run;
 }
 
