@@ -156,7 +156,12 @@ int showConverted(const ProjectInspection& inspection, const DraftelOptions& opt
     ConversionResult result;
     result.newProjectPath = options.project;
     converter.getNewStructure(result.structure);
-    return endWith(result, options, kConverted);
+    if (!options.report.empty()) result.status = converter.writeReport(result.structure, options.report);
+    if (result.status != 0) {
+        readLastError(converter, result);
+        tellError(result);
+    }
+    return endWith(result, options, result.status == 0 ? kConverted : kNotConverted);
 }
 
 // Why the project cannot be converted in place, before anything is kept; empty when it can.

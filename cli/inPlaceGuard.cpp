@@ -171,8 +171,9 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
             result.stuck.push_back(kept.oldPath(oldFile));
             continue;
         }
-        // A link to elsewhere can only be compared from its own place.
-        if (isByteCopy(oldFile) && haveSameBytes(oldFile, newFile) &&
+        // A link to elsewhere can only be compared from its own place. And where the new path is a link, it
+        // may lead to the old file itself, which is then the only one.
+        if (isByteCopy(oldFile) && !isSameFile(oldFile, newFile) && haveSameBytes(oldFile, newFile) &&
             platform::removeFile(oldFile.c_str()) == 0) {
             continue;
         }

@@ -149,7 +149,9 @@ protected:
         const std::vector<int> before = tests::callsBefore(folder_.path("amp"), calls, program);
         int fired = 0;
         for (std::size_t i = 0; i < faults.size(); ++i) {
-            for (int when = before[i] + 1;; ++when) {
+            // Files are asked about more often than anything else is done.
+            const int step = std::string(faults[i].call) == "newfstatat" ? 2 : 1;
+            for (int when = before[i] + 1;; when += step) {
                 startAnew();
                 const std::string injection = std::string(faults[i].call) + ":error=" + faults[i].error +
                                               ":when=" + std::to_string(when) + more;

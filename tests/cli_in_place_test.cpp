@@ -212,6 +212,26 @@ TEST_F(InPlace, ALinkedOutputIsCarriedAndWhatItLinksToStays) {
 
 // --- conversions that fail ---
 
+// The new path then leads to the old file, and deleting the old one would leave nothing.
+TEST_F(InPlace, ANewPlaceThatIsALinkToTheOldFileDoesNotLoseIt) {
+    for (const bool isWholeFolder : {false, true}) {
+        startAnew();
+        const std::string bytes = tests::readFile(folder_.path("amp/amp.lib"));
+        if (isWholeFolder) {
+            fs::create_directory_symlink(".", folder_.path("amp/" + kRoot));
+        } else {
+            folder_.makeFolder("amp/" + kRoot);
+            fs::create_symlink("../amp.lib", folder_.path("amp/" + kRoot + "/amp.lib"));
+        }
+        const ProgramResult result = convert();
+        EXPECT_EQ(result.status, 1) << isWholeFolder;
+        EXPECT_NE(result.errors.find("amp.lib\" was not carried over and has been put back"),
+                  std::string::npos)
+            << result.errors;
+        EXPECT_EQ(folder_.read("amp/amp.lib"), bytes) << isWholeFolder;
+    }
+}
+
 TEST_F(InPlace, AFolderOfOldFilesFromAnEarlierRunIsRefused) {
     const std::string left = std::string("amp/") + kKeptFolder;
     folder_.write(left + "/1-amp.opj", "an old file\n");

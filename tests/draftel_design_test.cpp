@@ -244,6 +244,18 @@ TEST(DraftelDesign, WithoutADesignTheMessageHasNoName) {
     EXPECT_THAT(converter.rootSchematics(), IsEmpty());
 }
 
+TEST(DraftelDesign, AReaderThatCannotBeOpenedLeavesNoRootSchematics) {
+    DraftelProject project;
+    project.converter.setDesignFilePath(project.path("amp.dsn"));
+    project.converter.rootSchematics() = {"left over"};
+    EXPECT_TRUE(succeedsLacking(Lacks::opening, [&] {
+        EXPECT_EQ(project.converter.readRootSchematics(), 10111);
+        EXPECT_EQ(lastError(), readDesignFileError(project.path("amp.dsn")));
+        EXPECT_THAT(project.converter.rootSchematics(), IsEmpty());
+        return true;
+    }));
+}
+
 // The design reader is looked for beside the program first, and then where the loader is told to look. So a
 // copy of the program in a folder of its own meets the file that lies there under the reader's name.
 void expectReaderRefused(const std::string& reader) {

@@ -216,13 +216,13 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
     descriptor = -1;
     if (stopped) return ECANCELED;
     int file = -1;
+    std::string actual;
+    bool isNew = false;
     if (!isInFolderAskedLast(path)) {
         file = open(path, O_WRONLY | kOpenFlags);
         if (file == -1 && errno != ENOENT) return errno;
     }
     if (file == -1) {
-        std::string actual;
-        bool isNew = false;
         if (!findPlaceForNew(path, actual, &isNew)) return ENOENT;
         // A file that is there is opened without the flag: some systems refuse it for another user's file.
         file = open(actual.c_str(), O_WRONLY | (isNew ? O_CREAT : 0) | kOpenFlags, permissions);
@@ -230,10 +230,14 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
         if (isNew) noteMade(actual);
     }
     FileStatus status;
-    if (const int error = getStatus(file, status); error != 0) return closeWith(file, error);
-    if (status.kind != FileKind::regular) return closeWith(file, EINVAL);
-    if (source != nullptr && isSameFile(*source, status)) return closeWith(file, EEXIST);
-    if (status.size != 0 && ftruncate(file, 0) != 0) return closeWith(file, errno);
+    int error = getStatus(file, status);
+    if (error == 0 && status.kind != FileKind::regular) error = EINVAL;
+    if (error == 0 && source != nullptr && isSameFile(*source, status)) error = EEXIST;
+    if (error == 0 && status.size != 0) error = errorOf(ftruncate(file, 0));
+    if (error != 0) {
+        if (isNew && unlink(actual.c_str()) == 0) noteRemoved(actual);
+        return closeWith(file, error);
+    }
     filesOpenedForWriting.fetch_add(1, std::memory_order_relaxed);
     if (opened != nullptr) *opened = status;
     descriptor = file;
