@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "KeptFiles.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
@@ -171,7 +172,7 @@ std::set<std::string> movedFiles(DraftelProjectConverter& converter, const Proje
 }
 
 // A file that an entry names by way of ".." is copied to the same place seen from the new project,
-// which lies outside the destination. That is refused, unless it is the file itself that lies there.
+// which lies outside the destination. That is refused, unless that file, or its like, lies there already.
 void checkEntries(DraftelProjectConverter& converter, const std::string& project,
                   const std::string& destination, ProjectInspection& inspection) {
     converter.classifySimulationFiles();
@@ -211,7 +212,7 @@ void checkEntries(DraftelProjectConverter& converter, const std::string& project
             platform::FileStatus to;
             platform::getStatus(file.c_str(), from);
             platform::getStatus(copy.c_str(), to);
-            if (platform::isSameFile(from, to)) continue;
+            if (platform::isSameFile(from, to) || haveSameBytes(file, copy)) continue;
             inspection.refusal = place(project, lineOfText(project, entry)) + "the entry " + inQuotes(entry) +
                                  " would be copied to " + inQuotes(target.generic_string()) +
                                  ", outside the destination. Choose a destination beside the project's "

@@ -1,6 +1,7 @@
 #include "draftelCommand.h"
 
 #include <atomic>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <set>
@@ -12,6 +13,7 @@
 #include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
+#include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
 #include "inPlaceGuard.h"
 #include "interface/IDraftelProjectConverter.h"
@@ -145,6 +147,24 @@ int conclude(const DraftelOptions& options, const ProjectInspection& inspection,
     return endWith(result, options, exitStatus);
 }
 
+// Whether the report would be written over the project or its design, old or new.
+bool reportIsInTheWay(const DraftelOptions& options, const ProjectInspection& inspection) {
+    if (options.report.empty()) return false;
+    const std::string folder = options.inPlace ? inspection.projectDir : options.destination;
+    const auto plain = [](const std::string& path) {
+        return std::filesystem::path(path).lexically_normal().generic_string();
+    };
+    const std::string report = folder + "/" + options.report;
+    const std::string designPath = inspection.designDir + "/" + inspection.designBase;
+    for (const std::string& path :
+         {options.project, designPath + ".dsn", designPath + ".dbk",
+          folder + "/" + inspection.designName + ".opj", folder + "/" + inspection.designBase + ".dsn",
+          folder + "/" + inspection.designBase + ".dbk"}) {
+        if (fsutil::equalIgnoringCase(plain(report), plain(path)) || isSameFile(report, path)) return true;
+    }
+    return false;
+}
+
 // A project in place that is in the new layout already: it is shown, and left as it is.
 int showConverted(const ProjectInspection& inspection, const DraftelOptions& options) {
     tell(inQuotes(options.project) + " is in the new layout already. Nothing has been changed.");
@@ -258,6 +278,11 @@ int runDraftelCommand(const DraftelOptions& options) {
         }
         tell("Nothing has been changed.");
         return endWith(result, options, kNotConverted);
+    }
+    if (reportIsInTheWay(options, inspection)) {
+        return refuse(
+            "--report " + inQuotes(options.report) + " would be written over the project or its design",
+            options, kWrongCommandLine);
     }
     platform::onInterrupt(noteInterrupt);
     return options.inPlace ? convertInPlace(options, inspection)

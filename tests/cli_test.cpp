@@ -244,6 +244,18 @@ TEST_F(CommandLine, RelativeArgumentsAreTakenFromTheCurrentFolder) {
     }
 }
 
+TEST_F(CommandLine, AReportIsNotWrittenOverTheProjectOrItsDesign) {
+    const auto before = pictureOf(folder_.path());
+    for (const char* name : {"amp.opj", "AMP.dsn", "./amp.dbk", "../old/amp/amp.opj"}) {
+        const ProgramResult result =
+            runTvxconv({"draftel", project(), "--to", folder_.path("new"), "--report", name});
+        EXPECT_EQ(result.status, 2) << name;
+        EXPECT_NE(result.errors.find("would be written over the project or its design"), std::string::npos)
+            << result.errors;
+        EXPECT_EQ(difference(before, pictureOf(folder_.path())), "") << name;
+    }
+}
+
 // References that begin with "../" have to mean the folder above the project's, and above the destination,
 // however those are called.
 TEST_F(CommandLine, DotsInTheArgumentsDoNotChangeWhatTheProjectNames) {

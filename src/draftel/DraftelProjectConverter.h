@@ -33,7 +33,7 @@ struct ProfileNames {
     std::size_t profileLine = 0;
 };
 
-class DraftelProjectConverter final : public IDraftelProjectConverter, public ProjectConverter {
+class DraftelProjectConverter : public IDraftelProjectConverter, public ProjectConverter {
 public:
     // `projectPath` is the absolute path of the project file; null leaves it unset.
     explicit DraftelProjectConverter(const char* projectPath);

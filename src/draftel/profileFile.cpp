@@ -91,6 +91,7 @@ int DraftelProjectConverter::rewriteSimProfile(const std::string& fileBase, cons
         std::string value;
         if (!entryNumber(line, number) || number > kLastMovedEntry) return {};
         if (fsutil::scanQuotedValue(line, value) != 1) return {};
+        fsutil::toForwardSlashes(value, value);
         bool isRelative = false;
         fsutil::normaliseReference(value, isRelative);
         std::string file;
@@ -146,9 +147,8 @@ int DraftelProjectConverter::relocateOutputReference(std::string& reference, con
         fsutil::baseNameOf(path, base);
         if (fsutil::equalIgnoringCase(base, fileBase)) {
             // Named after the profile file, it has come along into the profile's folder.
-            std::string extension;
-            fsutil::extensionOf(path, extension);
-            reference = profile + "." + extension;
+            const std::size_t dot = path.find('.');
+            reference = profile + "." + (dot == std::string::npos ? std::string() : path.substr(dot + 1));
         } else {
             reference = projectDir + "/" + path;
         }

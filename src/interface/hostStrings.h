@@ -16,7 +16,8 @@ class CString {
 public:
     CString() = default;
     CString(const char* text) : text_(text != nullptr ? text : "") {}  // NOLINT: the host converts freely
-    CString(const char* characters, int length) : text_(characters, static_cast<std::size_t>(length)) {}
+    CString(const char* characters, int length)
+        : text_(characters, static_cast<std::size_t>(length > 0 ? length : 0)) {}
 
     // In characters, the closing NUL not counted.
     int GetLength() const { return static_cast<int>(text_.size()); }

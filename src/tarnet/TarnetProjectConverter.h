@@ -14,7 +14,7 @@
 
 namespace tvxconv {
 
-class TarnetProjectConverter final : public ITarnetProjectConverter, public ProjectConverter {
+class TarnetProjectConverter : public ITarnetProjectConverter, public ProjectConverter {
 public:
     // `libraryPath` is the absolute path of the design library's folder; null leaves it unset.
     explicit TarnetProjectConverter(const char* libraryPath);
