@@ -222,17 +222,16 @@ void checkEntries(DraftelProjectConverter& converter, const std::string& project
     }
 }
 
-void findProfileFiles(const std::string& project, ProjectInspection& inspection) {
-    tvx_wobj::Strings paths;
+void findProfileFiles(const std::string& project, bool inPlace, ProjectInspection& inspection) {
     tvx_wobj::Strings names;
     std::string active;
-    if (tvx_wobj::readSimProfiles(project, paths, names, active, true) != 0) return;
-    inspection.registeredProfiles = paths;
-    for (const std::string& registered : paths) {
+    if (tvx_wobj::readSimProfiles(project, inspection.registeredProfiles, names, active, true) != 0) return;
+    if (!inPlace) return;
+    for (const std::string& registered : inspection.registeredProfiles) {
         std::string name;
         fsutil::fileNameOf(registered, name);
         if (fsutil::isPresentFile(inspection.projectDir + "/" + name)) {
-            inspection.flatProfiles.push_back(name);
+            if (inspection.flatProfile.empty()) inspection.flatProfile = name;
             continue;
         }
         std::string path;
@@ -241,7 +240,8 @@ void findProfileFiles(const std::string& project, ProjectInspection& inspection)
         fsutil::normaliseReference(path, isRelative);
         std::string file = path;
         if (isRelative) fsutil::resolveRelative(path, inspection.projectDir, file);
-        if (fsutil::isPresentFile(file)) inspection.otherProfiles.push_back(registered);
+        if (inspection.otherProfile.empty() && fsutil::isPresentFile(file))
+            inspection.otherProfile = registered;
     }
 }
 
@@ -265,7 +265,7 @@ ProjectInspection inspectProject(const std::string& project, const std::string& 
     converter.getDesignFileBaseName(inspection.designBase);
     converter.getDesignDir(inspection.designDir);
 
-    findProfileFiles(project, inspection);
+    findProfileFiles(project, destination.empty(), inspection);
     std::string designFile;
     converter.getDesignFilePath(designFile);
     const std::string expected = inspection.designDir + "/" + inspection.designBase + ".dsn";

@@ -25,11 +25,11 @@ struct ProjectInspection {
     std::string designDir;
     // The paths under which the project registers its profiles.
     std::vector<std::string> registeredProfiles;
-    // Names of registered profile files that lie in the project's folder, as in the old layout.
-    std::vector<std::string> flatProfiles;
-    // Paths of registered profiles that lie where they are registered, in another folder. A conversion
-    // would not carry them over.
-    std::vector<std::string> otherProfiles;
+    // For a conversion in place: the name of a registered profile file that lies in the project's folder, as
+    // in the old layout, and the path of a registered profile that lies where it is registered, in another
+    // folder; a conversion would not carry that one over. The first of each, empty where there is none.
+    std::string flatProfile;
+    std::string otherProfile;
 };
 
 // `project` is absolute. `destination` is the folder to convert into; empty for a conversion in place.

@@ -133,11 +133,9 @@ int conclude(const DraftelOptions& options, const ProjectInspection& inspection,
              " is not in the new project: its file does not lie beside the old one, or names no schematic "
              "that is a root of the design");
     }
-    CStringArray structure;
-    driven.getNewStructure(structure);
-    for (int i = 0; i < structure.GetSize(); ++i) result.structure.emplace_back(structure[i].GetString());
+    driven.getNewStructure(result.structure);
     if (!options.report.empty()) {
-        if (const int status = driven.writeReport(structure, options.report.c_str()); status != 0) {
+        if (const int status = driven.writeReport(result.structure, options.report.c_str()); status != 0) {
             result.status = status;
             readLastError(driven, result);
             tellError(result);
@@ -176,7 +174,8 @@ int showConverted(const ProjectInspection& inspection, const DraftelOptions& opt
     ConversionResult result;
     result.newProjectPath = options.project;
     converter.getNewStructure(result.structure);
-    if (!options.report.empty()) result.status = converter.writeReport(result.structure, options.report);
+    if (!options.report.empty())
+        result.status = converter.writeReport(result.structure, options.report.c_str());
     if (result.status != 0) {
         readLastError(converter, result);
         tellError(result);
@@ -186,9 +185,9 @@ int showConverted(const ProjectInspection& inspection, const DraftelOptions& opt
 
 // Why the project cannot be converted in place, before anything is kept; empty when it can.
 std::string refusalInPlace(const DraftelOptions& options, const ProjectInspection& inspection) {
-    if (!inspection.otherProfiles.empty()) {
-        return inQuotes(options.project) + ": the profile " + inQuotes(inspection.otherProfiles.front()) +
-               " has moved already, the profile " + inQuotes(inspection.flatProfiles.front()) +
+    if (!inspection.otherProfile.empty()) {
+        return inQuotes(options.project) + ": the profile " + inQuotes(inspection.otherProfile) +
+               " has moved already, the profile " + inQuotes(inspection.flatProfile) +
                " has not. Converting the second would take the first out of the project";
     }
     if (const std::string other = fileInTheWay(options.project, inspection); !other.empty()) {
@@ -214,7 +213,7 @@ int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspe
     KeptFiles kept(inspection.projectDir);
     std::string reason;
     if (kept.isLeftOver(reason)) return refuse(reason, options, kNotConverted);
-    if (!inspection.otherProfiles.empty() && inspection.flatProfiles.empty()) {
+    if (!inspection.otherProfile.empty() && inspection.flatProfile.empty()) {
         return showConverted(inspection, options);
     }
     if (const std::string refusal = refusalInPlace(options, inspection); !refusal.empty()) {

@@ -27,10 +27,15 @@ bool printResult(const ConversionResult& result, bool json) {
         object["errorCode"] = result.errorCode;
         object["errorMessage"] = result.errorMessage;
         object["newProjectPath"] = result.newProjectPath;
-        object["structure"] = result.structure;
+        object["structure"] = nlohmann::ordered_json::array();
+        for (int i = 0; i < result.structure.GetSize(); ++i) {
+            object["structure"].push_back(result.structure[i].GetString());
+        }
         std::cout << dump(object) << '\n';
     } else {
-        for (const std::string& line : result.structure) std::cout << line << '\n';
+        for (int i = 0; i < result.structure.GetSize(); ++i) {
+            std::cout << result.structure[i].GetString() << '\n';
+        }
     }
     std::cout.flush();
     return std::cout.good();

@@ -6,7 +6,8 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "interface/hostStrings.h"
 
 // "tvxconv: <text>" on standard error.
 void tell(std::string_view text);
@@ -20,7 +21,7 @@ struct ConversionResult {
     int errorCode = 0;  // the last error of the run, also where the conversion went on
     std::string errorMessage;
     std::string newProjectPath;
-    std::vector<std::string> structure;
+    CStringArray structure;
 };
 
 // Prints the listing, or the whole result as one JSON object. False when it could not be written.

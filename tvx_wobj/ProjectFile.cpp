@@ -93,6 +93,9 @@ private:
     int descriptor_ = -1;
 };
 
+// A tree takes about five times the room of its text; a larger one is not kept between two calls.
+constexpr std::size_t kMostRemembered = std::size_t{512} * 1024;
+
 }  // namespace
 
 int ProjectFile::read(const std::string& path) {
@@ -115,11 +118,14 @@ int viewProject(const std::string& path, std::shared_ptr<const JsonValue>& root)
     platform::FileStatus status;
     const int error = readBytes(path, seen->bytes, status);
     if (error != 0) return error;
-    if (last == nullptr || last->bytes != seen->bytes) {
-        if (!parseJson(seen->bytes, seen->root) || !isProject(seen->root)) return -1;
-        last = seen;
+    if (last != nullptr && last->bytes == seen->bytes) {
+        root = std::shared_ptr<const JsonValue>(last, &last->root);
+        return 0;
     }
-    root = std::shared_ptr<const JsonValue>(last, &last->root);
+    last = nullptr;
+    if (!parseJson(seen->bytes, seen->root) || !isProject(seen->root)) return -1;
+    if (seen->bytes.size() <= kMostRemembered) last = seen;
+    root = std::shared_ptr<const JsonValue>(seen, &seen->root);
     return 0;
 }
 

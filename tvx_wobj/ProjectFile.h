@@ -33,8 +33,8 @@ private:
 };
 
 // The project in the file, to look at: what ProjectFile::read makes of it. The last one is remembered and
-// handed out again while the file has the same bytes, so that a row of questions costs one reading of the
-// text. Returns 0, or non-zero with `root` null. May throw std::bad_alloc.
+// handed out again (unless it is very large) while the file has the same bytes, so that a row of questions
+// costs one reading of the text. Returns 0, or non-zero with `root` null. May throw std::bad_alloc.
 int viewProject(const std::string& path, std::shared_ptr<const JsonValue>& root);
 
 }  // namespace tvxconv::wobj

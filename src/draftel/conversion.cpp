@@ -25,9 +25,11 @@ bool staysInPlace(const std::string& extension, bool isRelative) {
 
 int DraftelProjectConverter::convert(int mode, const std::string& path) {
     setRequestedMode(mode);
-    if (mode == kInPlace) return convertInPlace();
-    if (mode == kIntoDestination) return convertIntoDestination(path);
-    return 0;
+    int status = 0;
+    if (mode == kInPlace) status = convertInPlace();
+    if (mode == kIntoDestination) status = convertIntoDestination(path);
+    fsutil::forgetFolders();
+    return status;
 }
 
 int DraftelProjectConverter::convertIntoDestination(const std::string& path) {
@@ -60,6 +62,7 @@ int DraftelProjectConverter::runConversionSteps() {
     discoverProfiles();  // a project whose profiles cannot be listed still has its other files
     if (const int status = copyDesignLevelFiles(); status != 0) return status;
     if (const int status = relocateSchematics(); status != 0) return status;
+    fsutil::forgetFolders();  // the project of many profiles needs the room
     return updateProjectFiles();
 }
 

@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kIndent = "    ";
 
 // Appends the path of a folder and, indented, the names of its files. An entry counts as a folder when
-// its name has no "."; those go to `subFolders`, as paths. False, with nothing appended, when the
+// its name has no "."; those go to `subFolders`, by name. False, with nothing appended, when the
 // folder cannot be listed.
 bool listFolder(const std::string& folder, std::vector<std::string>& lines,
                 std::vector<std::string>& subFolders) {
@@ -28,7 +28,7 @@ bool listFolder(const std::string& folder, std::vector<std::string>& lines,
     std::string extension;
     while (fsutil::readDirectory(listing, name) == 0) {
         if (fsutil::extensionOf(name, extension) != 0) {
-            subFolders.push_back(folder + "/" + name);
+            subFolders.push_back(name);
         } else if (!extension.empty()) {
             lines.push_back(kIndent + name);
         }
@@ -51,14 +51,16 @@ int DraftelProjectConverter::getNewStructure(std::vector<std::string>& lines) {
     for (const std::string& name : {designName + ".opj", designBase + ".dsn", designBase + ".dbk"}) {
         if (fsutil::isPresentFile(destination + "/" + name)) lines.push_back(kIndent + name);
     }
-    std::vector<std::string> schematicFolders;
-    if (!listFolder(simulationRoot(), lines, schematicFolders)) return 0;
-    for (const std::string& schematicFolder : schematicFolders) {
-        std::vector<std::string> profileFolders;
-        if (!listFolder(schematicFolder, lines, profileFolders)) continue;
-        for (const std::string& profileFolder : profileFolders) {
+    const std::string root = simulationRoot();
+    std::vector<std::string> schematics;
+    if (!listFolder(root, lines, schematics)) return 0;
+    for (const std::string& schematic : schematics) {
+        const std::string schematicFolder = root + "/" + schematic;
+        std::vector<std::string> profiles;
+        if (!listFolder(schematicFolder, lines, profiles)) continue;
+        for (const std::string& profile : profiles) {
             std::vector<std::string> deeper;  // not listed
-            listFolder(profileFolder, lines, deeper);
+            listFolder(schematicFolder + "/" + profile, lines, deeper);
         }
     }
     return 0;

@@ -280,4 +280,8 @@ int closeDirectory(DirectoryListing* handle) {
     return closeDirectoryListing(handle);
 }
 
+void forgetFolders() {
+    platform::forgetFolders();
+}
+
 }  // namespace tvxconv::fsutil

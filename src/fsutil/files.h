@@ -103,4 +103,7 @@ int openDirectory(const std::string& path, DirectoryListing*& handle);
 int readDirectory(DirectoryListing* handle, std::string& name);
 int closeDirectory(DirectoryListing* handle);
 
+// Gives back the memory of what is remembered of folders; a conversion does so at its end.
+void forgetFolders();
+
 }  // namespace tvxconv::fsutil

@@ -72,6 +72,9 @@ int removeFolder(const char* path);
 // byte), "." and ".." first. On failure `names` is empty.
 int listFolder(const char* path, std::vector<std::string>& names);
 
+// Gives back the memory that holds the names of folders looked at lately. They are read anew when needed.
+void forgetFolders();
+
 // --- files ---
 
 // Text mode translates line ends where the system's text files differ from "\n", and nowhere else.

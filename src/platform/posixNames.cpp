@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/platform.h"
+
 namespace tvxconv::platform {
 namespace {
 
@@ -233,7 +235,10 @@ public:
         if (stat(asFolder(prefix), &status) == 0) folders_.erase(idOf(status));
     }
 
-    void forget() { folders_.clear(); }
+    void forget() {
+        folders_.clear();
+        latest_.clear();
+    }
 
 private:
     static FolderId idOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
@@ -392,6 +397,10 @@ bool findPlaceForNew(const std::string& path, std::string& actual, bool* isNew) 
     actual = found.pathOf(isOther ? found.other : found.name);
     if (isNew != nullptr) *isNew = !found.asSpelled && !isOther;
     return true;
+}
+
+void forgetFolders() {
+    knownFolders().forget();
 }
 
 bool isInFolderAskedLast(const std::string& path) {

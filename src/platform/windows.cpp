@@ -296,6 +296,8 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
+void forgetFolders() {}  // none are remembered
+
 int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus* opened) {
     descriptor = -1;
     if (isStopped()) return ECANCELED;
