@@ -15,12 +15,6 @@ namespace {
 
 constexpr const char* kFolderName = "/tvxconv-old-files";
 
-std::string lowerCased(const std::string& text) {
-    std::string result;
-    fsutil::toLowerCase(text, result);
-    return result;
-}
-
 bool isOneFile(const std::string& a, const std::string& b) {
     platform::FileStatus first;
     platform::FileStatus second;
@@ -126,6 +120,12 @@ bool KeptFiles::release() {
     for (const auto& [key, file] : files_) platform::removeFile(file.keptAs.c_str());
     files_.clear();
     return platform::removeFolder(folder_.c_str()) == 0;
+}
+
+std::string lowerCased(const std::string& text) {
+    std::string result;
+    fsutil::toLowerCase(text, result);
+    return result;
 }
 
 bool haveSameBytes(const std::string& a, const std::string& b) {

@@ -53,5 +53,8 @@ private:
     std::map<std::string, Kept> files_;  // by the lower-cased path
 };
 
+// A path in the form in which paths are compared.
+std::string lowerCased(const std::string& text);
+
 // Whether two files have the same bytes.
 bool haveSameBytes(const std::string& a, const std::string& b);

@@ -67,12 +67,6 @@ std::size_t lineOfText(const std::string& file, const std::string& text) {
     return holdsText(line, text) ? reader.lineNumber() : 0;
 }
 
-std::string lowerCased(const std::string& text) {
-    std::string result;
-    fsutil::toLowerCase(text, result);
-    return result;
-}
-
 constexpr const char* kNotAFolder =
     " cannot be the name of a folder (it is empty, \".\" or \"..\", or has a separator, a drive or a control "
     "character in it). Rename it in the design application and try again";

@@ -22,12 +22,6 @@ bool isByteCopy(const std::string& oldPath) {
     return true;
 }
 
-std::string lowerCased(const std::string& text) {
-    std::string result;
-    fsutil::toLowerCase(text, result);
-    return result;
-}
-
 // Keeps the files of a folder whose names begin like the design's, or are among `others` (in lower case).
 // The listing tells how they are spelled.
 bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection,
