@@ -1,6 +1,8 @@
 # The header-only packages that the stand-ins and the command line use. A cross compiler must not see
 # the build machine's include folder, so there the two header folders are linked into the build.
 
+find_package(Threads REQUIRED)
+
 if(CMAKE_CROSSCOMPILING)
   set(headers "${CMAKE_CURRENT_BINARY_DIR}/packages")
   file(MAKE_DIRECTORY "${headers}")

@@ -484,4 +484,118 @@ TEST(DraftelRelocation, AConversionGoesOnAfterAnOutputThatCannotBeWritten) {
     EXPECT_EQ(project.readNew("amp.opj"), smallProjectTextConverted());
 }
 
+// --- many profiles ---
+
+// A project whose schematic S1 has the profiles "p0", "p1" and so on, each with a profile file, a deck and
+// two outputs: enough of them that outputs are copied while later profiles are under way.
+class ManyProfiles {
+public:
+    static constexpr int kCount = 60;
+
+    ManyProfiles() {
+        project.prepareSteps();
+        project.converter.rootSchematics() = {"S1"};
+        for (int i = 0; i < kCount; ++i) {
+            const std::string name = profile(i);
+            project.write("amp-S1-" + name + ".sim", profileText("S1", name));
+            for (const char* extension : {"dat", "sim.cir", "sim.mif"}) {
+                project.write("amp-S1-" + name + "." + extension, name + " " + extension + "\n");
+            }
+            project.converter.addProfileRecord("amp-S1-" + name, name, "S1", "./amp-S1-" + name + ".sim");
+        }
+    }
+
+    static std::string profile(int number) { return "p" + std::to_string(number); }
+    std::string old(int number, const std::string& extension) const {
+        return project.path("amp-S1-" + profile(number) + "." + extension);
+    }
+    // In the destination.
+    static std::string place(int number, const std::string& extension) {
+        return "amp-TevrixFiles/S1/" + profile(number) + "/" + profile(number) + "." + extension;
+    }
+    void block(int number, const std::string& extension) const {
+        project.folder.makeFolder("new/" + place(number, extension));
+    }
+
+    DraftelProject project;
+};
+
+TEST(DraftelRelocation, TheOutputsOfManyProfilesAllArrive) {
+    ManyProfiles many;
+    EXPECT_EQ(many.project.converter.relocateSchematics(), 0);
+    EXPECT_EQ(lastError(), LastError());
+    for (int i = 0; i < ManyProfiles::kCount; ++i) {
+        const std::string name = ManyProfiles::profile(i);
+        EXPECT_EQ(many.project.readNew(ManyProfiles::place(i, "dat")), name + " dat\n");
+        EXPECT_EQ(many.project.readNew(ManyProfiles::place(i, "cir")), name + " sim.cir\n");
+        EXPECT_EQ(many.project.readNew(ManyProfiles::place(i, "mif")), name + " sim.mif\n");
+        EXPECT_TRUE(many.project.existsNew("amp-TevrixFiles/S1/" + name + ".sim"));
+    }
+}
+
+TEST(DraftelRelocation, AnOutputThatCannotBeWrittenIsTheLastErrorWhereNoneFollowed) {
+    for (const int number : {0, 30, ManyProfiles::kCount - 1}) {
+        ManyProfiles many;
+        many.block(number, "dat");
+        EXPECT_EQ(many.project.converter.relocateSchematics(), 0);
+        EXPECT_EQ(lastError(), copyFileError(many.old(number, "dat"),
+                                             many.project.newPath(ManyProfiles::place(number, "dat"))));
+        EXPECT_EQ(many.project.readNew(ManyProfiles::place(number, "mif")),
+                  ManyProfiles::profile(number) + " sim.mif\n");
+        forgetLastError();
+    }
+}
+
+TEST(DraftelRelocation, OfSeveralFilesThatCannotBeWrittenTheLastIsTheLastError) {
+    struct Case {
+        int outputOf;
+        const char* output;
+        int deckOf;
+        bool deckIsLast;
+    };
+    // Within a profile the order is that of the extensions: dat, sim.cir, sim.mif.
+    for (const Case& one : {Case{4, "dat", 40, true}, Case{40, "dat", 4, false}, Case{7, "dat", 7, true},
+                            Case{7, "mif", 7, false}, Case{59, "dat", 0, false}, Case{0, "mif", 59, true}}) {
+        ManyProfiles many;
+        many.block(one.outputOf, one.output);
+        many.block(one.deckOf, "cir");
+        EXPECT_EQ(many.project.converter.relocateSchematics(), 0);
+        const std::string extension = one.output == "mif"s ? "sim.mif" : one.output;
+        EXPECT_EQ(lastError(),
+                  one.deckIsLast
+                      ? openForWritingError(many.project.newPath(ManyProfiles::place(one.deckOf, "cir")))
+                      : copyFileError(many.old(one.outputOf, extension),
+                                      many.project.newPath(ManyProfiles::place(one.outputOf, one.output))))
+            << one.outputOf << " " << one.output << " " << one.deckOf;
+        forgetLastError();
+    }
+}
+
+TEST(DraftelRelocation, NothingOfTheProfilesBehindAFailureIsMade) {
+    ManyProfiles many;
+    many.block(10, "dat");
+    many.project.folder.write("new/amp-TevrixFiles/S1/p45.sim/in the way", "");
+    EXPECT_EQ(many.project.converter.relocateSchematics(), 10106);
+    EXPECT_EQ(lastError(), openForWritingError(many.project.newPath("amp-TevrixFiles/S1/p45.sim")));
+    for (int i = 0; i < ManyProfiles::kCount; ++i) {
+        EXPECT_EQ(many.project.existsNew(ManyProfiles::place(i, "mif")), i <= 45) << i;
+        EXPECT_EQ(many.project.existsNew("amp-TevrixFiles/S1/" + ManyProfiles::profile(i)), i <= 45) << i;
+    }
+}
+
+TEST(DraftelRelocation, AFileOfAProfileListTakesThePlaceOfAnOutputOfItsName) {
+    ManyProfiles many;
+    for (int i = 0; i < ManyProfiles::kCount; ++i) {
+        const std::string name = ManyProfiles::profile(i);
+        many.project.write("lists/" + name + ".dat", "listed " + name);
+        many.project.write("amp-S1-" + name + ".sim",
+                           profileText("S1", name) + "+0 \"lists\\" + name + ".dat\" \n");
+    }
+    EXPECT_EQ(many.project.converter.relocateSchematics(), 0);
+    EXPECT_EQ(lastError(), LastError());
+    for (int i = 0; i < ManyProfiles::kCount; ++i) {
+        EXPECT_EQ(many.project.readNew(ManyProfiles::place(i, "dat")), "listed " + ManyProfiles::profile(i));
+    }
+}
+
 }  // namespace

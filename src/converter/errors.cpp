@@ -27,6 +27,7 @@ static_assert(std::size(kMessages) == ERR_DESTINATION_EXISTS - kFirstCode + 1);
 struct LastError {
     int code = 0;
     std::string message;
+    std::uint64_t reports = 0;
 };
 
 LastError& lastError() {
@@ -92,7 +93,12 @@ int reportError(int code, const std::string& source, const std::string& destinat
     if (message.size() > kMostMessageBytes) message.resize(kMostMessageBytes);
     setLastErrorCode(code);
     setLastErrorMessage(message);
+    ++lastError().reports;
     return code;
+}
+
+std::uint64_t countReportedErrors() {
+    return lastError().reports;
 }
 
 }  // namespace tvxconv

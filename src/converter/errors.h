@@ -8,6 +8,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace tvxconv {
@@ -45,5 +46,8 @@ int getLastErrorMessage(std::string& text);
 // for the caller to hand upward.
 int reportError(int code, const std::string& path);
 int reportError(int code, const std::string& source, const std::string& destination);
+
+// How often reportError has been called in this process: whether an error is still the last.
+std::uint64_t countReportedErrors();
 
 }  // namespace tvxconv

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "converter/ProjectConverter.h"
+#include "fsutil/CopyQueue.h"
 #include "interface/IDraftelProjectConverter.h"
 
 namespace tvxconv {
@@ -178,6 +179,15 @@ private:
     int convertIntoDestination(const std::string& path);
     int runConversionSteps();
     int deleteOldFiles();
+
+    // Files that are copied into the folders of profiles while the conversion goes on. A copy that fails is
+    // reported when they are finished, unless a later error would have taken its place by then.
+    int relocateEachSchematic();
+    void queueProfileOutputs(const std::string& designBase, const std::string& schematic,
+                             const std::string& profile, const std::string& destination,
+                             const std::string& profileFolder);
+    void finishCopies();
+    fsutil::CopyQueue copyQueue_;
 
     std::vector<std::unique_ptr<ProfileRecord>> profileRecords_;
     std::unordered_map<std::string, std::size_t> recordOfFileBase_;                 // keys in lower case

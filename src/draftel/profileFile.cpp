@@ -99,7 +99,10 @@ int DraftelProjectConverter::rewriteSimProfile(const std::string& fileBase, cons
         std::string name;
         if (!fsutil::isPresentFile(file)) return {};
         fsutil::fileNameOf(file, name);
-        if (name.empty() || fsutil::copyFile(file, profileFolder + "/" + name) != 0) return {};
+        if (name.empty()) return {};
+        const std::string place = profileFolder + "/" + name;
+        copyQueue_.await(profileFolder, place);
+        if (fsutil::copyFile(file, place) != 0) return {};
         return "+" + std::to_string(number) + " \"" + name + "\" ";
     };
 

@@ -1,6 +1,11 @@
 // The relocation: folders for schematics and profiles, and the files that move without a change, or
 // with one that another file of this folder makes.
 
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "converter/errors.h"
 #include "converter/fileSteps.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
@@ -46,6 +51,18 @@ int DraftelProjectConverter::copyDesignLevelFiles() {
 }
 
 int DraftelProjectConverter::relocateSchematics() {
+    int status = 0;
+    try {
+        status = relocateEachSchematic();
+    } catch (...) {
+        copyQueue_.discard();
+        throw;
+    }
+    finishCopies();
+    return status;
+}
+
+int DraftelProjectConverter::relocateEachSchematic() {
     std::string destination;
     std::string designBase;
     getDestinationDir(destination);
@@ -64,11 +81,7 @@ int DraftelProjectConverter::relocateSchematics() {
         for (std::size_t i = 0; i < profiles.size(); ++i) {
             const std::string profileFolder = schematicFolder + "/" + profiles[i];
             if (const int status = ensureDirectoryOrReport(profileFolder); status != 0) return status;
-            if (const int status =
-                    relocateProfileOutputs(designBase, schematic, profiles[i], destination, profileFolder);
-                status != 0) {
-                return status;
-            }
+            queueProfileOutputs(designBase, schematic, profiles[i], destination, profileFolder);
             if (const int status =
                     rewriteSimProfile(fileBases[i], profiles[i], destination, schematicFolder, schematic);
                 status != 0) {
@@ -83,26 +96,50 @@ int DraftelProjectConverter::relocateProfileOutputs(const std::string& designBas
                                                     const std::string& schematic, const std::string& profile,
                                                     const std::string& destination,
                                                     const std::string& profileFolder) {
+    queueProfileOutputs(designBase, schematic, profile, destination, profileFolder);
+    finishCopies();
+    return 0;
+}
+
+void DraftelProjectConverter::queueProfileOutputs(const std::string& designBase, const std::string& schematic,
+                                                  const std::string& profile, const std::string& destination,
+                                                  const std::string& profileFolder) {
     std::string projectDir;
     getProjectDir(projectDir);
     const std::string oldStem = projectDir + "/" + designBase + "-" + schematic + "-" + profile + ".";
+    const std::string newStem = profileFolder + "/" + profile + ".";
+    std::vector<fsutil::FileCopy> copies;
+    copies.reserve(profileLevelExtensions_.size());
     for (const std::string& extension : profileLevelExtensions_) {
         const std::string oldPath = oldStem + extension;
+        if (!fsutil::isPresentFile(oldPath)) continue;
         const std::string newExtension = newOutputExtension(extension);
-        std::string newPath = profileFolder + "/" + profile + "." + newExtension;
+        std::string newPath = newStem + newExtension;
         // One output that cannot be written does not keep the others from following their profile.
-        bool isPresent = false;
-        if (!fsutil::equalIgnoringCase(extension, kDeck)) {
-            copyFileIfPresentOrReport(oldPath, newPath, isPresent);
-        } else if (fsutil::isPresentFile(oldPath)) {
-            isPresent = true;
+        const bool sharesPlace = std::any_of(copies.begin(), copies.end(), [&](const fsutil::FileCopy& copy) {
+            return fsutil::equalIgnoringCase(copy.destination, newPath);
+        });
+        if (sharesPlace) {
+            copyQueue_.add(profileFolder, std::exchange(copies, {}));
+            finishCopies();
+        }
+        if (fsutil::equalIgnoringCase(extension, kDeck)) {
             rewriteSimulationNetlist(newPath, oldPath, projectDir, schematic, profile, profileFolder,
                                      newExtension);
+        } else {
+            copies.push_back({oldPath, newPath, countReportedErrors()});
         }
-        if (!isPresent) continue;
         recordMove(oldPath, newPath, destination);
     }
-    return 0;
+    copyQueue_.add(profileFolder, std::move(copies));
+}
+
+void DraftelProjectConverter::finishCopies() {
+    const std::vector<fsutil::FileCopy> failed = copyQueue_.finish();
+    const std::uint64_t reported = countReportedErrors();
+    for (const fsutil::FileCopy& copy : failed) {
+        if (copy.tag == reported) reportError(ERR_COPY_FILE, copy.source, copy.destination);
+    }
 }
 
 }  // namespace tvxconv

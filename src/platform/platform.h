@@ -75,6 +75,12 @@ int listFolder(const char* path, std::vector<std::string>& names);
 // Gives back the memory that holds the names of folders looked at lately. They are read anew when needed.
 void forgetFolders();
 
+// What is known of folders is not locked. A thread that makes files beside another has its own knowledge from
+// the first of these calls to the second: what the other one changes it sees as it sees anybody's changes.
+// Returns 0, or an error when there is no memory.
+int beginOwnFolders();
+void endOwnFolders();
+
 // --- files ---
 
 // Text mode translates line ends where the system's text files differ from "\n", and nowhere else.

@@ -14,6 +14,7 @@
 #include <ctime>
 #include <map>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -188,7 +189,7 @@ const char* asFolder(const std::string& prefix) {
     return prefix.empty() ? "./" : prefix.c_str();
 }
 
-// The folders asked about lately. Process-wide like the disk itself.
+// The folders asked about lately.
 class KnownFolders {
 public:
     // Null when the folder cannot be read.
@@ -294,9 +295,11 @@ private:
     std::uint64_t uses_ = 0;
 };
 
+thread_local KnownFolders* ownFolders = nullptr;
+
 KnownFolders& knownFolders() {
     static KnownFolders folders;
-    return folders;
+    return ownFolders != nullptr ? *ownFolders : folders;
 }
 
 // "/a/b" and "/a/b/" are "/a/" and "b"; "b" is "" and "b". The folder keeps its slash, so that the
@@ -401,6 +404,16 @@ bool findPlaceForNew(const std::string& path, std::string& actual, bool* isNew) 
 
 void forgetFolders() {
     knownFolders().forget();
+}
+
+int beginOwnFolders() {
+    endOwnFolders();
+    ownFolders = new (std::nothrow) KnownFolders();
+    return ownFolders != nullptr ? 0 : ENOMEM;
+}
+
+void endOwnFolders() {
+    delete std::exchange(ownFolders, nullptr);
 }
 
 bool isInFolderAskedLast(const std::string& path) {

@@ -296,7 +296,12 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
-void forgetFolders() {}  // none are remembered
+// None are remembered.
+void forgetFolders() {}
+int beginOwnFolders() {
+    return 0;
+}
+void endOwnFolders() {}
 
 int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus* opened) {
     descriptor = -1;
