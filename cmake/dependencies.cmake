@@ -20,4 +20,6 @@ else()
   find_package(CLI11 2.1 REQUIRED)
   add_library(tvxconv::json ALIAS nlohmann_json::nlohmann_json)
   add_library(tvxconv::commandLine ALIAS CLI11::CLI11)
+  # What attribute lists are measured against. Without it that measurement is left out.
+  find_package(RapidJSON 1.1 QUIET)
 endif()

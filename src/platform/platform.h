@@ -18,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,7 @@ struct FileStatus {
     std::uint64_t size = 0;    // bytes
     std::uint64_t volume = 0;  // volume and number together tell two files apart
     std::uint64_t number = 0;
+    std::int64_t changedAt = 0;  // when the content was last changed, in seconds since 1970
 };
 
 // Whether the two are one file on disk, under whatever names.
@@ -96,6 +98,10 @@ int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus*
 // where given, tells what was opened, before it was emptied.
 int openForWriting(const char* path, FileMode mode, unsigned permissions, const FileStatus* source,
                    int& descriptor, FileStatus* opened = nullptr);
+
+// Makes a stream of the runtime from what openForReading opened in text mode: closing it closes the
+// descriptor. Null where there is no memory for it; the descriptor is closed then, too.
+std::FILE* readingStream(int descriptor);
 
 // Makes a new file in the folder of `path`, with a name of its own, open for binary writing.
 int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor);

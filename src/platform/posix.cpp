@@ -56,6 +56,7 @@ FileStatus statusFrom(const struct stat& status) {
     result.size = static_cast<std::uint64_t>(status.st_size);
     result.volume = status.st_dev;
     result.number = status.st_ino;
+    result.changedAt = status.st_mtime;
     return result;
 }
 
@@ -242,6 +243,12 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
     if (opened != nullptr) *opened = status;
     descriptor = file;
     return 0;
+}
+
+std::FILE* readingStream(int descriptor) {
+    std::FILE* const stream = fdopen(descriptor, "r");
+    if (stream == nullptr) close(descriptor);
+    return stream;
 }
 
 int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor) {

@@ -131,6 +131,11 @@ int statusOf(HANDLE handle, FileStatus& status) {
     status.size = std::uint64_t{found.nFileSizeHigh} << 32U | found.nFileSizeLow;
     status.volume = found.dwVolumeSerialNumber;
     status.number = std::uint64_t{found.nFileIndexHigh} << 32U | found.nFileIndexLow;
+    // The system counts tenths of a microsecond since 1601.
+    constexpr std::int64_t kFrom1601To1970 = 11644473600;
+    const std::uint64_t changedAt =
+        std::uint64_t{found.ftLastWriteTime.dwHighDateTime} << 32U | found.ftLastWriteTime.dwLowDateTime;
+    status.changedAt = static_cast<std::int64_t>(changedAt / 10000000) - kFrom1601To1970;
     return 0;
 }
 
@@ -333,6 +338,12 @@ int openForWriting(const char* path, FileMode mode, unsigned permissions, const 
     if (opened != nullptr) *opened = status;
     descriptor = file;
     return 0;
+}
+
+std::FILE* readingStream(int descriptor) {
+    std::FILE* const stream = _fdopen(descriptor, "rt");
+    if (stream == nullptr) _close(descriptor);
+    return stream;
 }
 
 int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor) {
