@@ -9,6 +9,7 @@
 
 #include "KeptFiles.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/analysisProfile.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/lines.h"
@@ -290,6 +291,20 @@ std::vector<std::string> profilesLeftOut(const ProjectInspection& inspection,
         const bool carried =
             isRelative && path.starts_with("./") && converter.findRelocation("./" + name, newPath) == 0;
         if (!carried) leftOut.push_back(registered);
+    }
+    return leftOut;
+}
+
+std::vector<std::string> analysisProfilesLeftOut(const ProjectInspection& inspection,
+                                                 DraftelProjectConverter& converter) {
+    std::vector<std::string> leftOut;
+    for (const std::string& schematic : converter.rootSchematics()) {
+        const std::string stem = inspection.designDir + "/" + inspection.designBase + "-";
+        const std::string oldPath = stem + schematic + ".aap";
+        const std::string newPath = converter.simulationRoot() + "/" + schematic + "/" + schematic + ".aap";
+        // A file at the new place may be there from another conversion.
+        const bool isCarried = fsutil::isPresentFile(newPath) && tvxconv::canReadAnalysisProfile(oldPath);
+        if (fsutil::isPresentFile(oldPath) && !isCarried) leftOut.push_back(oldPath);
     }
     return leftOut;
 }

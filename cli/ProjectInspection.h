@@ -38,3 +38,8 @@ ProjectInspection inspectProject(const std::string& project, const std::string& 
 // The registered profiles that the conversion has not carried into the new project, by their paths.
 std::vector<std::string> profilesLeftOut(const ProjectInspection& inspection,
                                          const tvxconv::DraftelProjectConverter& converter);
+
+// The analysis profiles that the conversion could not read or not write, by their old paths. The first it
+// passes over without an error.
+std::vector<std::string> analysisProfilesLeftOut(const ProjectInspection& inspection,
+                                                 tvxconv::DraftelProjectConverter& converter);

@@ -1,6 +1,7 @@
 #include "inPlaceGuard.h"
 
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/analysisProfile.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
@@ -13,7 +14,11 @@ namespace fsutil = tvxconv::fsutil;
 namespace {
 
 // The files whose new form is another text than the old one. All others are byte copies.
-constexpr const char* kRewritten[] = {".sim", ".net", ".sim.cir", ".opj"};
+constexpr const char* kRewritten[] = {".sim", ".net", ".sim.cir", ".opt", ".aap", ".opj"};
+constexpr const char* kAnalysisProfile = ".aap";
+
+// What the name of a file must hold that an optimizer file names as a design profile and that follows it.
+constexpr const char* kDesignProfileMark = ".mdp";
 
 bool isByteCopy(const std::string& oldPath) {
     for (const char* end : kRewritten) {
@@ -22,10 +27,11 @@ bool isByteCopy(const std::string& oldPath) {
     return true;
 }
 
-// Keeps the files of a folder whose names begin like the design's, or are among `others` (in lower case).
-// The listing tells how they are spelled.
-bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection,
-                 const std::set<std::string>& others, bool asCopies, KeptFiles& kept, std::string& failed) {
+// Keeps the files of a folder whose names begin like the design's, or of which `isOther` (in lower case) is
+// true. The listing tells how they are spelled.
+template <class IsOther>
+bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection, IsOther isOther,
+                 bool asCopies, KeptFiles& kept, std::string& failed) {
     fsutil::DirectoryListing* listing = nullptr;
     if (fsutil::openDirectory(folder, listing) != 0) {
         failed = folder;
@@ -37,7 +43,7 @@ bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection,
         const std::string path = folder + "/" + name;
         const bool isOfDesign = fsutil::beginsWithIgnoringCase(name, inspection.designBase + ".") ||
                                 fsutil::beginsWithIgnoringCase(name, inspection.designBase + "-");
-        if (!isOfDesign && others.count(lowerCased(name)) == 0) continue;
+        if (!isOfDesign && !isOther(lowerCased(name))) continue;
         if (!fsutil::isPresentFile(path)) continue;
         done = kept.keep(path, asCopies);
         if (!done) failed = path;
@@ -121,11 +127,16 @@ bool keepOldFiles(const std::string& project, const ProjectInspection& inspectio
         fsutil::baseNameOf(name, base);
         profileFiles.insert(lowerCased(base) + ".sim");
     }
-    if (!keepFilesOf(inspection.projectDir, inspection, profileFiles, false, kept, failed)) return false;
+    // More design profiles than the optimizer files name do no harm here.
+    const auto isOther = [&](const std::string& name) {
+        return profileFiles.count(name) != 0 || name.find(kDesignProfileMark) != std::string::npos;
+    };
+    if (!keepFilesOf(inspection.projectDir, inspection, isOther, false, kept, failed)) return false;
     if (designIsHere) return true;
     // A design that lies in the simulation root is where new files are written.
     const bool inRoot = fsutil::isBelowFolder(inspection.designDir + "/", simulationRootOf(inspection));
-    return keepFilesOf(inspection.designDir, inspection, {}, inRoot, kept, failed);
+    const auto isNone = [](const std::string&) { return false; };
+    return keepFilesOf(inspection.designDir, inspection, isNone, inRoot, kept, failed);
 }
 
 std::set<std::string> filesInSimulationRoot(const ProjectInspection& inspection) {
@@ -159,6 +170,10 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
             arrived = haveSameBytes(keptFile, newFile);
         } else if (arrived) {
             arrived = doubtful.count(lowerCased(newFile)) == 0 && (!isEmpty(newFile) || isEmpty(keptFile));
+            // Where the old one was passed over, what is at the new place is another file.
+            if (arrived && fsutil::endsWithIgnoringCase(oldFile, kAnalysisProfile)) {
+                arrived = tvxconv::canReadAnalysisProfile(keptFile) || haveSameBytes(keptFile, newFile);
+            }
         }
         if (arrived) continue;
         if (!kept.putBack(oldFile)) {

@@ -249,7 +249,10 @@ TEST(DraftelConversion, OneObjectCanConvertASecondTime) {
     EXPECT_EQ(converter.convert(2, sample.folder.path("second")), 0);
     EXPECT_EQ(lastError(), LastError());
     expectTree(treeOf(sample.destination), sample.expected());
-    expectTree(treeOf(sample.folder.path("second")), sample.expected());
+    // The table of moves is that of both, and a design profile that is in it counts as moved.
+    Tree second = sample.expected();
+    EXPECT_EQ(second.erase("amp-TevrixFiles/SCHEMATIC1/amp-corners.mdp"), 1U);
+    expectTree(treeOf(sample.folder.path("second")), second);
     expectTree(treeOf(sample.dir), before);
     std::string newProject;
     EXPECT_EQ(converter.getNewProjectPath(newProject), 0);

@@ -14,6 +14,10 @@
 //   folder, which is right only for the profile's own files; and one named after the profile file is taken
 //   for one of them, which is right only where that is named after design, schematic and profile. "+" lines
 //   above 7 are no files.
+// - Optimizer files and analysis profiles: lines that name another kind of file than belongs to the word they
+//   begin with are left out. A profile is named without a folder, which is right only for those of the same
+//   schematic; one that has no profile file has no name either. A design profile named without a folder goes
+//   with the schematic that names it first.
 // - In place: an absolute path, or one by way of "..", is kept where it is no entry of the project file,
 //   also where it names a file that moves. The same goes for a data or output file named without a folder.
 // - Project file: entries outside of the folders and types that a conversion is about stay as they are,
@@ -133,6 +137,8 @@ public:
             if (profile.hasDeck) checkDeck(profile);
         }
         for (const Netlist& netlist : project_.netlists) checkNetlist(netlist);
+        for (const Optimizer& optimizer : project_.optimizers) checkOptimizer(optimizer);
+        for (const Analysis& analysis : project_.analyses) checkAnalysis(analysis);
         checkProjectFile();
         checkFiles();
         if (inPlace_) return;
@@ -186,6 +192,10 @@ private:
             noteAll(profile.lines);
             noteAll(profile.deck);
             note(profile.registered);
+        }
+        for (const Optimizer& optimizer : project_.optimizers) noteAll(optimizer.lines);
+        for (const Analysis& analysis : project_.analyses) {
+            for (const std::string& name : analysis.measured) note(name);
         }
         for (const Entry& entry : project_.entries) note(here(entry.path));
     }
@@ -407,6 +417,94 @@ private:
         checkLines(root_ + "/" + netlist.schematic + "/" + netlist.schematic + ".net", netlist.lines, fateOf);
     }
 
+    // The profile that a profile file's name before its first "." stands for; null when there is none.
+    const Profile* profileOf(const std::string& name) const {
+        const std::string base = lowerCased(name.substr(0, name.find('.')));
+        for (const Profile& profile : project_.profiles) {
+            if (lowerCased(profile.fileBase) == base) return &profile;
+        }
+        return nullptr;
+    }
+
+    // What such a profile is called in files of a schematic.
+    static std::string newNameOf(const Profile& profile) { return profile.hasFile ? profile.name : ""; }
+
+    void checkProfileName(const std::string& schematic, const std::string& old, const std::string& now,
+                          const std::string& what) {
+        const Profile* profile = profileOf(old);
+        if (profile == nullptr || !profile->hasFile || profile->isOrphan) return;
+        if (profile->schematic == schematic) expectSame(root_ + "/" + schematic, old, now, what);
+    }
+
+    // What stands behind the second quote of a line.
+    static std::string behindValue(const std::string& line) {
+        return line.substr(line.find('"', line.find('"') + 1) + 1);
+    }
+
+    void checkOptimizer(const Optimizer& optimizer) {
+        const auto fateOf = [&](const std::string& line, Fate& fate) {
+            const bool isSimulation = beginsWithIgnoringCase(line, "sim");
+            if (!isSimulation && !beginsWithIgnoringCase(line, "ext")) return true;
+            std::string named;
+            if (!quoted(line, named)) return false;
+            if (named.empty()) return true;
+            if (!contains(named, isSimulation ? ".sim" : ".mdp")) return false;
+            if (isSimulation && profileOf(named) == nullptr) return true;
+            fate.kind = Fate::referenceIn;
+            fate.text = isSimulation ? "sim " : "ext ";
+            fate.behind = behindValue(line);
+            fate.check = [&, isSimulation, named](const std::string& now) {
+                if (!isSimulation) {
+                    checkDesignProfile(optimizer.schematic, named, now);
+                    return;
+                }
+                EXPECT_EQ(now, newNameOf(*profileOf(named)) + ".sim") << named;
+                checkProfileName(optimizer.schematic, named, now, "a profile of an optimizer file");
+            };
+            return true;
+        };
+        const std::string stem = root_ + "/" + optimizer.schematic + "/" + optimizer.schematic;
+        checkLines(stem + ".opt", optimizer.lines, fateOf);
+    }
+
+    void checkDesignProfile(const std::string& schematic, const std::string& old, const std::string& now) {
+        const Target named = target(old);
+        if (named.mark.empty() || looksAbsolute(old)) return;
+        const bool isBare = old == nameOf(old);
+        if (isBare) {
+            EXPECT_EQ(now, old);
+            const auto [taker, isFirst] = takenBy_.try_emplace(lowerCased(old), schematic);
+            if (taker->second != schematic) return;
+        } else if (inPlace_ && named.moves) {
+            return;
+        }
+        expectSame(root_ + "/" + schematic, old, now, "a design profile of an optimizer file");
+        if (isBare) expectInRoot(root_ + "/" + schematic, now);
+    }
+
+    void checkAnalysis(const Analysis& analysis) {
+        const std::string folder = root_ + "/" + analysis.schematic;
+        std::string expected = "(\"FILE_TYPE\"\t\"Advanced Analysis Profile\"\n    (\"Note\"\t\"" +
+                               analysis.mark + "\")\n    (\"Profiles\"\n";
+        for (std::size_t i = 0; i < analysis.keys.size(); ++i) {
+            const Profile* profile = profileOf(analysis.keys[i]);
+            expected += "        (\"" + (profile != nullptr ? newNameOf(*profile) : analysis.keys[i]) +
+                        "\"\t\"" + std::to_string(i) + "\")\n";
+        }
+        expected += "    )\n    (\"" + analysis.section + "\"\n        (\"MEASUREMENTS\"\n";
+        for (const std::string& old : analysis.measured) {
+            const Profile* profile = profileOf(old);
+            const std::string now = profile != nullptr ? newNameOf(*profile) + ".sim" : old;
+            const std::string named = "                (\"Profile\"\t\"" + now + "\")\n";
+            const std::string goal = "                (\"Goal\"\t\"1\")\n";
+            expected += "            (\"m\"\n" + (profile != nullptr ? goal + named : named + goal) +
+                        "            )\n";
+            checkProfileName(analysis.schematic, old, now, "a profile of an analysis profile");
+        }
+        expected += "        )\n    )\n)\n";
+        EXPECT_EQ(tests::readFile(folder + "/" + analysis.schematic + ".aap"), expected);
+    }
+
     void checkProjectFile() {
         const std::string text = tests::readFile(findFile(destination_, project_.projectName + ".opj"));
         const Json project = Json::parse(text, nullptr, false);
@@ -495,6 +593,7 @@ private:
     std::string root_;
     Tree before_;
     std::map<std::string, Target> targets_;
+    std::map<std::string, std::string> takenBy_;  // the schematic that a design profile went with
     std::map<std::string, int> kept_;
 };
 
@@ -511,8 +610,10 @@ void tryProjects(bool inPlace) {
         for (const auto& [what, count] : trial.kept()) kept[what] += count;
     }
     // The projects do have what is to be kept.
-    for (const char* what : {"a listed file of a profile", "an output of a profile", "an include of a deck",
-                             "an entry of the project", "the active profile"}) {
+    for (const char* what :
+         {"a listed file of a profile", "an output of a profile", "an include of a deck",
+          "an entry of the project", "the active profile", "a profile of an optimizer file",
+          "a design profile of an optimizer file", "a profile of an analysis profile"}) {
         EXPECT_GE(kept[what], 100) << what;
     }
 }

@@ -111,6 +111,15 @@ int ProjectConverter::findRelocation(const std::string& oldPath, std::string& ne
     return 0;
 }
 
+std::string ProjectConverter::relocationKey(const std::string& oldPath, const std::string& projectDir) {
+    std::string relative;
+    if (fsutil::isBelowFolder(oldPath, projectDir) &&
+        fsutil::relativeToFolder(oldPath, projectDir, relative) == 0) {
+        return relative;
+    }
+    return oldPath;
+}
+
 int ProjectConverter::firstRelocation(std::string& oldPath, std::string& newPath) {
     cursor_ = relocations_.begin();
     if (cursor_ == relocations_.end()) return 1;

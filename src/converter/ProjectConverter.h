@@ -51,6 +51,9 @@ public:
     int addRelocation(const std::string& oldPath, const std::string& newPath);
     // Returns 0, or 1 with `newPath` empty when no move is recorded.
     int findRelocation(const std::string& oldPath, std::string& newPath) const;
+    // The form in which the old path of a move is entered and looked up: relative to the project folder where
+    // it lies below it, else as it is.
+    static std::string relocationKey(const std::string& oldPath, const std::string& projectDir);
     // Walks the table in the byte order of the old paths. Return 0, or 1 with the outputs untouched at
     // the end and in an empty table.
     int firstRelocation(std::string& oldPath, std::string& newPath);

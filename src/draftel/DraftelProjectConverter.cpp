@@ -119,6 +119,18 @@ int DraftelProjectConverter::getProfilesOfSchematic(const std::string& schematic
     return 0;
 }
 
+int DraftelProjectConverter::newProfileFileName(std::string& newName, const std::string& oldName) const {
+    std::string fileBase;
+    std::string profile;
+    std::string schematic;
+    std::string registeredPath;
+    fsutil::baseNameOf(oldName, fileBase);
+    newName.clear();
+    if (findProfileRecord(fileBase, profile, schematic, registeredPath) != 0) return 1;
+    newName = profile + ".sim";
+    return 0;
+}
+
 std::string DraftelProjectConverter::simulationRoot() const {
     std::string destination;
     std::string designName;
@@ -129,12 +141,7 @@ std::string DraftelProjectConverter::simulationRoot() const {
 
 std::string DraftelProjectConverter::recordedOldPath(const std::string& oldPath,
                                                      const std::string& projectDir) const {
-    std::string relative;
-    if (fsutil::isBelowFolder(oldPath, projectDir) &&
-        fsutil::relativeToFolder(oldPath, projectDir, relative) == 0) {
-        return relative;
-    }
-    return oldPath;
+    return relocationKey(oldPath, projectDir);
 }
 
 void DraftelProjectConverter::recordMove(const std::string& oldPath, const std::string& newPath,

@@ -150,6 +150,34 @@ public:
     int resolveIncludeReference(const std::string& baseFolder, const std::string& value,
                                 std::string& reference, int marker);
 
+    // --- schematicFiles.cpp ---
+
+    // Moves the files that belong to a schematic and to none of its profiles into its folder. A file that
+    // cannot be written leaves its error recorded and counts as moved; the status is 0.
+    int relocateSchematicFiles(const std::string& designBase, const std::string& schematic,
+                               const std::string& destination, const std::string& schematicFolder);
+    // Copies the file at `oldPath` into the folder, named after the schematic alone; `newPath` tells where.
+    int copySchematicFile(std::string& newPath, const std::string& oldPath, const std::string& schematic,
+                          const std::string& schematicFolder, const std::string& extension);
+    // Writes the optimizer file at `oldPath` as `schematicFolder`/`schematic`.`extension`, which `newPath`
+    // tells, with the profiles in it under their names and the design profiles where they are to be found.
+    int rewriteOptimizerFile(std::string& newPath, const std::string& oldPath, const std::string& schematic,
+                             const std::string& schematicFolder, const std::string& extension);
+    // The new form of a design profile that an optimizer file names. One that lies in the project folder and
+    // is named without a folder comes along into the schematic's folder, unless it has moved already. Any
+    // status other than 0 leaves `reference` empty; 1 when it cannot be resolved.
+    int relocateDesignProfile(std::string& reference, const std::string& value,
+                              const std::string& schematicFolder);
+
+    // --- analysisProfile.cpp ---
+
+    // Writes the advanced-analysis profile at `oldPath` as `schematicFolder`/`schematic`.`extension`, which
+    // `newPath` tells, with the profiles in it under their names. Where the old file cannot be read nothing
+    // is written, and the status is 0 all the same.
+    int relocateAnalysisProfile(std::string& newPath, const std::string& oldPath,
+                                const std::string& schematic, const std::string& schematicFolder,
+                                const std::string& extension);
+
     // --- projectFile.cpp ---
 
     // Puts design, backup and project file into the destination and points the project at the new places.
@@ -157,8 +185,11 @@ public:
     // Writes `sourceProject` as `newProject`, every moved file renamed in it.
     int updateProjectFile(const std::string& sourceProject, const std::string& newProject);
 
-    // --- paths that several steps build ---
+    // --- paths and names that several steps build ---
 
+    // The name of a profile file in the new layout, after its profile. `oldName` may have any extension.
+    // Returns 1, with `newName` empty, where there is no record of the profile.
+    int newProfileFileName(std::string& newName, const std::string& oldName) const;
     // The destination folder's simulation root.
     std::string simulationRoot() const;
     // Enters a move: the old path relative to the project folder where it lies below it, else as built;

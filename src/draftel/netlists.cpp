@@ -2,6 +2,7 @@
 // Both are text for a circuit simulator, with directives that name further files. The two treat an
 // include differently, on purpose: see each.
 
+#include "converter/decks.h"
 #include "converter/rewriting.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
@@ -11,45 +12,6 @@
 
 namespace tvxconv {
 namespace {
-
-constexpr const char* kInclude = ".INC";
-constexpr const char* kStimulusLibrary = ".STMLIB";
-constexpr const char* kLibrary = ".LIB";
-
-// What a deck's directive may name, recognised by the extension in one of two spellings. The order is
-// that of the tests.
-enum class Target { netlist, file };
-struct DeckReference {
-    const char* directive;
-    const char* mark;
-    const char* otherMark;
-    Target target;
-};
-constexpr DeckReference kDeckReferences[] = {
-    {kInclude, ".net", ".NET", Target::netlist},
-    {kInclude, ".inc", ".INC", Target::file},
-    {kStimulusLibrary, ".stl", ".STL", Target::file},
-    {kLibrary, ".lib", ".LIB", Target::file},
-};
-
-const char* directiveOf(std::string_view line) {
-    for (const char* directive : {kInclude, kStimulusLibrary, kLibrary}) {
-        if (fsutil::beginsWithKey(line, directive)) return directive;
-    }
-    return nullptr;
-}
-
-const DeckReference* deckReferenceOf(const char* directive, const std::string& value) {
-    for (const DeckReference& reference : kDeckReferences) {
-        if (reference.directive != directive) continue;
-        if (containsEither(value, reference.mark, reference.otherMark)) return &reference;
-    }
-    return nullptr;
-}
-
-std::string directiveLine(const char* directive, const std::string& value) {
-    return std::string(directive) + " \"" + value + "\"";
-}
 
 // The path of a moved file, recorded relative to the destination, as seen from a profile's folder: two
 // levels below the simulation root, three below the destination.
@@ -99,29 +61,10 @@ int DraftelProjectConverter::rewriteSimulationNetlist(std::string& newPath, cons
                                                       const std::string& extension) {
     const std::string target = profileFolder + "/" + profile + "." + extension;
     newPath = target;
-    // A directive that names nothing it should is left out, also one without a readable value.
-    return rewriteLines(oldPath, target, [&](std::string_view line, fsutil::LineWriter& writer) {
-        const char* directive = directiveOf(line);
-        if (directive == nullptr) {
-            writer.write(line);
-            return;
-        }
-        std::string value;
-        if (fsutil::scanQuotedValue(line, value) != 1) return;
-        const DeckReference* found = deckReferenceOf(directive, value);
-        if (found == nullptr) return;
-        std::string reference;
-        if (found->target == Target::netlist) {
-            reference = "../" + schematic + ".net";
-        } else if (resolveIncludeReference(projectDir, value, reference, 1) != 0) {
-            reference.clear();
-        }
-        if (reference.empty()) {
-            writer.write(line);
-        } else {
-            writer.writeInPlaceOf(line, directiveLine(directive, reference));
-        }
-    });
+    return rewriteDeck(oldPath, target, "../" + schematic + ".net",
+                       [&](const std::string& value, std::string& reference) {
+                           return resolveIncludeReference(projectDir, value, reference, 1);
+                       });
 }
 
 int DraftelProjectConverter::resolveIncludeReference(const std::string& baseFolder, const std::string& value,

@@ -88,6 +88,10 @@ int DraftelProjectConverter::relocateEachSchematic() {
                 return status;
             }
         }
+        if (const int status = relocateSchematicFiles(designBase, schematic, destination, schematicFolder);
+            status != 0) {
+            return status;
+        }
     }
     return 0;
 }

@@ -1,42 +1,10 @@
 // What the project looks like after a conversion: the listing that a host shows, and the report file.
 
-#include <memory>
-
-#include "converter/errors.h"
+#include "converter/structure.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
-#include "fsutil/lines.h"
-#include "fsutil/paths.h"
 
 namespace tvxconv {
-namespace {
-
-constexpr const char* kIndent = "    ";
-
-// Appends the path of a folder and, indented, the names of its files. An entry counts as a folder when
-// its name has no "."; those go to `subFolders`, by name. False, with nothing appended, when the
-// folder cannot be listed.
-bool listFolder(const std::string& folder, std::vector<std::string>& lines,
-                std::vector<std::string>& subFolders) {
-    subFolders.clear();
-    fsutil::DirectoryListing* listing = nullptr;
-    if (fsutil::openDirectory(folder, listing) != 0) return false;
-    const std::unique_ptr<fsutil::DirectoryListing, int (*)(fsutil::DirectoryListing*)> closing(
-        listing, fsutil::closeDirectory);
-    lines.push_back(folder);
-    std::string name;
-    std::string extension;
-    while (fsutil::readDirectory(listing, name) == 0) {
-        if (fsutil::extensionOf(name, extension) != 0) {
-            subFolders.push_back(name);
-        } else if (!extension.empty()) {
-            lines.push_back(kIndent + name);
-        }
-    }
-    return true;
-}
-
-}  // namespace
 
 int DraftelProjectConverter::getNewStructure(std::vector<std::string>& lines) {
     int mode = 0;
@@ -70,17 +38,7 @@ int DraftelProjectConverter::writeReport(const std::vector<std::string>& lines,
                                          const std::string& reportPath) {
     std::string destination;
     getDestinationDir(destination);
-    const std::string path = destination + "/" + reportPath;
-    fsutil::LineWriter writer;
-    if (writer.open(path) != 0) return reportError(ERR_OPEN_FOR_WRITING, path);
-    writer.write("The conversion of the project was successful.\n\n");
-    writer.write("The new directory structure is as follows:\n\n");
-    for (const std::string& line : lines) {
-        writer.write(line);
-        writer.write("\n");
-    }
-    writer.close();  // a report that could be opened counts as written
-    return 0;
+    return writeReportFile(destination + "/" + reportPath, lines);
 }
 
 }  // namespace tvxconv

@@ -25,6 +25,8 @@ const std::vector<std::string> kDesignLevel = {"lib", "prp", "olb", "err", "ind"
 const std::vector<std::string> kProfileLevel = {
     "csd",   "dat",     "opt.dat", "mc.dat",   "sens.dat", "opt.csd", "mc.csd",  "sens.csd", "out",
     "out.1", "opt.out", "mc.out",  "sens.out", "prb",      "mrk",     "sim.1op", "sim.cir",  "sim.mif"};
+const std::vector<std::string> kSchematicLevel = {"als",       "par",      "prp",      "opt.log",
+                                                  "monte.log", "sens.log", "smoke.log"};
 
 std::string lowerCased(std::string text) {
     for (char& byte : text) {
@@ -78,7 +80,11 @@ RandomProject::RandomProject(std::uint32_t seed) : random_(seed) {
     makeNames();
     makeFiles();
     for (Profile& profile : profiles) makeProfile(profile);
-    for (const std::string& schematic : schematics) makeNetlist(schematic);
+    for (const std::string& schematic : schematics) {
+        makeNetlist(schematic);
+        makeOptimizer(schematic);
+        makeAnalysis(schematic);
+    }
     makeProjectFile();
 }
 
@@ -118,11 +124,15 @@ bool RandomProject::add(const std::string& path, const std::string& text) {
     return true;
 }
 
-bool RandomProject::addNoise(const std::string& path) {
+std::string RandomProject::noise() {
     std::string text = "* " + mark() + "\n";
     const std::uint32_t length = below(60);
     for (std::uint32_t i = 0; i < length; ++i) text += static_cast<char>(below(256));
-    return add(path, text);
+    return text;
+}
+
+bool RandomProject::addNoise(const std::string& path) {
+    return add(path, noise());
 }
 
 void RandomProject::makeNames() {
@@ -158,7 +168,7 @@ void RandomProject::makeFiles() {
             continue;
         moved_.insert(lowerCased(path));
     }
-    for (const char* extension : {"lib", "inc", "stl", "olb", "out", "dat", "csd", "txt", "par"}) {
+    for (const char* extension : {"lib", "inc", "stl", "olb", "out", "dat", "csd", "txt", "par", "mdp"}) {
         const std::string end = std::string(".") + extension;
         if (chance(50)) addOther(projectFolder + "/Extra" + end);
         if (chance(30)) addOther(projectFolder + "/" + kLatin + end);
@@ -184,10 +194,10 @@ void RandomProject::makeFiles() {
         moved_.insert(lowerCased(projectFolder + "/" + profile.fileBase + ".sim"));
     }
     for (const std::string& schematic : schematics) {
-        for (const char* extension : {"als", "prp", "opt.log"}) {
-            if (chance(20)) addNoise(designFolder + "/" + designBase + "-" + schematic + "." + extension);
+        for (const std::string& extension : kSchematicLevel) {
+            if (chance(40)) addOfSchematic(schematic, extension, noise());
         }
-        if (chance(20)) addNoise(projectFolder + "/" + designBase + "-" + schematic + "-default.mrk");
+        if (chance(40)) addOfSchematic(schematic, "default.mrk", noise());
         moved_.insert(lowerCased(designFolder + "/" + designBase + "-" + schematic + ".net"));
     }
     addNoise(projectFolder + "/notes.txt");
@@ -203,6 +213,28 @@ void RandomProject::addOther(const std::string& path) {
 
 std::string RandomProject::outputPath(const Profile& profile, const std::string& extension) const {
     return projectFolder + "/" + designBase + "-" + profile.schematic + "-" + profile.name + "." + extension;
+}
+
+std::string RandomProject::schematicPath(const std::string& schematic, const std::string& extension) const {
+    const std::string stem = "/" + designBase + "-" + schematic;
+    return extension == "default.mrk" ? projectFolder + stem + "-" + extension
+                                      : designFolder + stem + "." + extension;
+}
+
+bool RandomProject::addOfSchematic(const std::string& schematic, const std::string& extension,
+                                   const std::string& text) {
+    const std::string path = schematicPath(schematic, extension);
+    const std::string name = nameOf(path);
+    const std::string folder = path.substr(0, path.size() - name.size());
+    moved_.insert(lowerCased(path));
+    return add(folder + (chance(20) ? recased(name) : name), text);
+}
+
+// The name of a profile file, mostly one of the project's.
+std::string RandomProject::profileFile() {
+    if (profiles.empty() || chance(15)) return "nobody.sim";
+    const std::string name = oneOf(profiles).fileBase + ".sim";
+    return chance(20) ? recased(name.substr(0, name.size() - 4)) + ".sim" : name;
 }
 
 // A path to a file of the ending, or to none, as a user would write it in the project's folder.
@@ -352,6 +384,59 @@ void RandomProject::makeNetlist(const std::string& schematic) {
     }
 }
 
+void RandomProject::makeOptimizer(const std::string& schematic) {
+    if (!chance(60)) return;
+    std::vector<std::string> lines;
+    std::vector<std::string> followers;
+    const auto line = [&](const std::string& key, const std::string& value) {
+        const std::string word = chance(15) ? recased(key) + "x" : key;
+        lines.push_back(word + (chance(80) ? " " : "") + "\"" + value + "\"" +
+                        (chance(40) ? " \"x\" 1 " : ""));
+    };
+    for (std::uint32_t i = 0, count = below(6); i < count; ++i) {
+        line("sim", chance(80) ? profileFile() : chance(50) ? "./" + profileFile() : "other.cir");
+    }
+    for (std::uint32_t i = 0, count = below(6); i < count; ++i) {
+        std::string value = reference(chance(90) ? "mdp" : "txt");
+        if (chance(40)) value = nameOf(value);
+        if (value == nameOf(value) && contains(value, ".mdp")) followers.push_back(value);
+        line("ext", value);
+    }
+    if (chance(20)) lines.push_back("sim \"\" 1");
+    if (chance(20)) lines.push_back("ext \"\"");
+    if (chance(20)) lines.push_back("SIMULATE all");
+    if (chance(20)) lines.push_back("external");
+    std::shuffle(lines.begin(), lines.end(), random_);
+    const Optimizer optimizer{schematic, dressed(lines)};
+    if (!addOfSchematic(schematic, "opt", joined(optimizer.lines))) return;
+    optimizers.push_back(optimizer);
+    for (const std::string& name : followers) moved_.insert(lowerCased(projectFolder + "/" + name));
+}
+
+void RandomProject::makeAnalysis(const std::string& schematic) {
+    if (!chance(60)) return;
+    Analysis analysis;
+    analysis.schematic = schematic;
+    analysis.mark = mark();
+    analysis.section = oneOf(std::vector<std::string>{"Optimizer", "Sensitivity", "MonteCarlo"});
+    const auto gap = [&] { return oneOf(std::vector<std::string>{" ", "\n  ", "\r\n\t"}); };
+    std::string text = "(FILE_TYPE \"Advanced Analysis Profile\"" + gap() + "(Note \"" + analysis.mark +
+                       "\")" + gap() + "(Profiles";
+    for (std::uint32_t i = 0, count = below(5); i < count; ++i) {
+        const std::string file = profileFile();
+        analysis.keys.push_back(file.substr(0, file.size() - 4));
+        text += gap() + "(\"" + analysis.keys.back() + "\" " + std::to_string(i) + ")";
+    }
+    text += ")" + gap() + "(" + analysis.section + " (MEASUREMENTS";
+    for (std::uint32_t i = 0, count = below(5); i < count; ++i) {
+        analysis.measured.push_back(profileFile());
+        text += gap() + "(m" + gap() + "(Profile \"" + analysis.measured.back() + "\") (Goal 1))";
+    }
+    if (addOfSchematic(schematic, "aap", text + ")))" + (chance(70) ? "\n" : ""))) {
+        analyses.push_back(analysis);
+    }
+}
+
 void RandomProject::makeProjectFile() {
     Json project = {{"note", mark()}, {"folders", Json::array()}};
     const auto folder = [](const std::string& name) {
@@ -363,10 +448,12 @@ void RandomProject::makeProjectFile() {
         place["files"].push_back({{"name", nameOf(path)}, {"path", path}, {"type", type}});
     };
     const auto anything = [&] {
-        static const std::string extensions[] = {"lib", "inc", "stl", "olb", "txt", "out"};
+        static const std::string extensions[] = {"lib", "inc", "stl", "olb", "txt", "out", "mdp"};
+        static const std::string schematicLevel[] = {"opt", "aap", "prp", "par", "default.mrk", "als"};
         if (chance(30) && !profiles.empty()) {
             return spelled(outputPath(oneOf(profiles), oneOf(kProfileLevel)));
         }
+        if (chance(30)) return spelled(schematicPath(oneOf(schematics), oneOf(schematicLevel)));
         return reference(oneOf(extensions), true);
     };
 

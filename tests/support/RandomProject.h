@@ -56,6 +56,20 @@ struct Netlist {
     std::vector<Line> lines;
 };
 
+struct Optimizer {
+    std::string schematic;
+    std::vector<Line> lines;
+};
+
+// An analysis profile: the profiles that it names in its section of profiles, and in its measurements.
+struct Analysis {
+    std::string schematic;
+    std::string mark;
+    std::string section;  // that has the measurements
+    std::vector<std::string> keys;
+    std::vector<std::string> measured;
+};
+
 // An entry of the project file that a conversion is about.
 struct Entry {
     std::vector<std::string> folder;  // its name, then perhaps that of the sub-folder
@@ -66,6 +80,8 @@ struct Entry {
 // Without the leading ".".
 extern const std::vector<std::string> kDesignLevel;
 extern const std::vector<std::string> kProfileLevel;
+// Of the files of a schematic those that are copied as they are, but for the default marker.
+extern const std::vector<std::string> kSchematicLevel;
 
 class RandomProject {
 public:
@@ -79,6 +95,8 @@ public:
     std::vector<std::string> schematics;
     std::vector<Profile> profiles;
     std::vector<Netlist> netlists;
+    std::vector<Optimizer> optimizers;
+    std::vector<Analysis> analyses;
     std::vector<Entry> entries;
     std::string active;
     tests::Tree files;  // below the folder of all, kHere standing for that in the texts
@@ -100,15 +118,19 @@ private:
     std::string newName(std::set<std::string>& taken);
     std::string recased(std::string text);
     std::string mark();
+    std::string noise();
 
     bool add(const std::string& path, const std::string& text);
     bool addNoise(const std::string& path);
     void addOther(const std::string& path);
     std::string outputPath(const Profile& profile, const std::string& extension) const;
+    std::string schematicPath(const std::string& schematic, const std::string& extension) const;
+    bool addOfSchematic(const std::string& schematic, const std::string& extension, const std::string& text);
 
     std::string reference(const std::string& extension, bool inJson = false);
     std::string spelled(const std::string& target);
     std::string spelledDesign();
+    std::string profileFile();
 
     std::vector<Line> dressed(const std::vector<std::string>& lines);
     std::string comment();
@@ -118,6 +140,8 @@ private:
     void makeProfile(Profile& profile);
     void makeDeck(Profile& profile);
     void makeNetlist(const std::string& schematic);
+    void makeOptimizer(const std::string& schematic);
+    void makeAnalysis(const std::string& schematic);
     void makeProjectFile();
 
     std::mt19937 random_;

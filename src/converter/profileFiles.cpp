@@ -1,0 +1,132 @@
+#include "converter/profileFiles.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+
+#include "converter/rewriting.h"
+#include "fsutil/files.h"
+#include "fsutil/letterCase.h"
+#include "fsutil/paths.h"
+
+namespace tvxconv {
+namespace {
+
+// References to the design and project give way to one to the netlist.
+constexpr const char* kDesignReferences[] = {"DesignFile", "ProjectFile", "RootSchematics"};
+
+// "+" lines up to this number name files that follow the profile.
+constexpr int kLastMovedEntry = 7;
+
+bool isDesignReference(std::string_view line) {
+    for (const char* key : kDesignReferences) {
+        if (fsutil::beginsWithKey(line, key)) return true;
+    }
+    return false;
+}
+
+const ProfileKey* keyOf(std::string_view line, std::span<const ProfileKey> keys) {
+    for (const ProfileKey& entry : keys) {
+        if (fsutil::beginsWithKey(line, entry.key)) return &entry;
+    }
+    return nullptr;
+}
+
+std::string keyLine(const char* key, const std::string& value) {
+    return std::string(key) + "= \"" + value + "\" ";
+}
+
+// The whole number after the "+" of a line, blanks and a sign before it allowed; false without one, or
+// with one that no int holds.
+bool entryNumber(std::string_view line, int& number) {
+    const std::string text(line.substr(1));
+    char* end = nullptr;
+    const long value = std::strtol(text.c_str(), &end, 10);
+    if (end == text.c_str() || value > INT_MAX || value < INT_MIN) return false;
+    number = static_cast<int>(value);
+    return true;
+}
+
+// Whether the line is one whose file follows the profile, and if so which.
+bool isMovedEntry(std::string_view line, const std::string& folder, ListEntry& entry) {
+    if (line.front() != '+' || !entryNumber(line, entry.number) || entry.number > kLastMovedEntry) {
+        return false;
+    }
+    std::string value;
+    if (fsutil::scanQuotedValue(line, value) != 1) return false;
+    fsutil::toForwardSlashes(value, value);
+    bool isRelative = false;
+    fsutil::normaliseReference(value, isRelative);
+    if (!isRelative || fsutil::resolveRelative(value, folder, entry.file) != 0) return false;
+    if (!fsutil::isPresentFile(entry.file)) return false;
+    fsutil::fileNameOf(entry.file, entry.name);
+    return !entry.name.empty();
+}
+
+}  // namespace
+
+std::string listEntryLine(const ListEntry& entry) {
+    return std::string("+").append(std::to_string(entry.number)) + " \"" + entry.name + "\" ";
+}
+
+int rewriteProfileFile(const std::string& oldPath, const std::string& newPath, const ProfileRules& rules) {
+    bool isConnected = false;
+    return rewriteLines(oldPath, newPath, [&](std::string_view line, fsutil::LineWriter& writer) {
+        if (isDesignReference(line)) {
+            if (!isConnected) writer.writeInPlaceOf(line, keyLine("Connectivity", rules.netlist));
+            isConnected = true;
+            return;
+        }
+        if (const ProfileKey* key = keyOf(line, rules.keys); key != nullptr) {
+            std::string value;
+            const int scanned = fsutil::scanQuotedValue(line, value);
+            if (scanned == EOF) return;
+            if (scanned == 1) {
+                if (!containsEither(value, key->mark, key->otherMark)) return;
+                value = rules.newValue(key->value, value);
+            }
+            writer.writeInPlaceOf(line, keyLine(key->key, value));
+            return;
+        }
+        ListEntry entry;
+        if (isMovedEntry(line, rules.folder, entry)) {
+            rules.moveEntry(entry, line, writer);
+        } else {
+            writer.write(line);
+        }
+    });
+}
+
+int relocateOutputValue(const ProjectConverter& converter, std::string& reference, const std::string& value,
+                        const std::string& projectDir, const std::string& fileBase,
+                        const std::string& profile) {
+    std::string path;
+    fsutil::toForwardSlashes(value, path);
+    reference.clear();
+    std::string folder;
+    if (fsutil::folderOf(path, folder) != 0) {
+        std::string base;
+        fsutil::baseNameOf(path, base);
+        if (fsutil::equalIgnoringCase(base, fileBase)) {
+            // Named after the profile file, it has come along into the profile's folder.
+            const std::size_t dot = path.find('.');
+            reference = profile + "." + (dot == std::string::npos ? std::string() : path.substr(dot + 1));
+        } else {
+            reference = projectDir + "/" + path;
+        }
+        return 0;
+    }
+    bool isRelative = false;
+    fsutil::normaliseReference(path, isRelative);
+    std::string file = path;
+    if (isRelative && fsutil::resolveRelative(path, projectDir, file) != 0) return 1;
+    std::string newPath;
+    if (converter.findRelocation(ProjectConverter::relocationKey(file, projectDir), newPath) == 0) {
+        fsutil::fileNameOf(newPath, reference);
+    } else {
+        reference = file;
+    }
+    return 0;
+}
+
+}  // namespace tvxconv

@@ -1,0 +1,121 @@
+// Rewriting the advanced-analysis profile of a schematic, an attribute-list file: the sections that name
+// simulation profiles by their old profile files name them as they are called now.
+
+#include "draftel/analysisProfile.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "attrlist/AttributeFile.h"
+#include "converter/errors.h"
+#include "draftel/DraftelProjectConverter.h"
+#include "fsutil/files.h"
+#include "fsutil/lines.h"
+#include "platform/platform.h"
+
+namespace tvxconv {
+namespace {
+
+using attrlist::Attribute;
+using attrlist::AttributeFile;
+using attrlist::AttributeNode;
+
+// Its attributes have names of profile files, without an extension, for keys.
+constexpr const char* kProfiles = "Profiles";
+
+// The sections whose measurements name the profile they run on by its profile file.
+constexpr const char* kAnalyses[] = {"Optimizer", "Sensitivity", "MonteCarlo"};
+constexpr const char* kMeasurements = "MEASUREMENTS";
+constexpr const char* kProfile = "Profile";
+
+// Reads `path` into an empty document.
+bool readDocument(const std::string& path, AttributeFile& document) {
+    const bool isRead =
+        document.open(path.c_str()) == attrlist::kOpened && document.read() == attrlist::kRead;
+    document.close();
+    return isRead;
+}
+
+void renameProfiles(AttributeNode& section, const DraftelProjectConverter& converter) {
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (const Attribute* each = section.firstAttribute(); each != nullptr; each = section.nextAttribute()) {
+        pairs.emplace_back(each->key(), each->value());
+    }
+    // All are added anew, so that each keeps its place.
+    section.removeAllAttributes();
+    for (const auto& [key, value] : pairs) {
+        std::string profile;
+        std::string schematic;
+        std::string registeredPath;
+        const bool isKnown =
+            !key.empty() && converter.findProfileRecord(key, profile, schematic, registeredPath) == 0;
+        section.addAttribute(isKnown ? profile.c_str() : key.c_str(), value.c_str());
+    }
+}
+
+void renameProfilesOfMeasurements(AttributeNode& analysis, const DraftelProjectConverter& converter) {
+    AttributeNode* measurements = analysis.findChild(kMeasurements);
+    if (measurements == nullptr) return;
+    for (AttributeNode* each = measurements->firstChild(); each != nullptr;
+         each = measurements->nextChild()) {
+        const char* oldName = each->attributeValue(kProfile);
+        std::string newName;
+        if (oldName == nullptr || converter.newProfileFileName(newName, oldName) != 0) continue;
+        each->removeAttribute(kProfile);
+        each->addAttribute(kProfile, newName.c_str());
+    }
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    platform::FileStatus first;
+    platform::FileStatus second;
+    return platform::getStatus(a.c_str(), first) == 0 && platform::getStatus(b.c_str(), second) == 0 &&
+           platform::isSameFile(first, second);
+}
+
+// Whether the file is a document to its end: the ")" of the outermost list, and no other, begins a line.
+bool isWhole(const std::string& path) {
+    fsutil::LineReader reader;
+    bool isClosed = false;
+    if (reader.open(path) != 0) return false;
+    for (std::string_view line; reader.next(line);) isClosed = line == ")\n";
+    return isClosed && !reader.failed();
+}
+
+// Writes the document as `path`. Writing does not tell of a full disk; what is not whole is removed.
+bool writeDocument(AttributeFile& document, const std::string& path) {
+    if (document.write(path.c_str()) != attrlist::kWritten) return false;
+    if (isWhole(path)) return true;
+    fsutil::deleteFile(path);
+    return false;
+}
+
+}  // namespace
+
+bool canReadAnalysisProfile(const std::string& path) {
+    AttributeFile document(AttributeFile::kAnalysisProfile);
+    return readDocument(path, document);
+}
+
+int DraftelProjectConverter::relocateAnalysisProfile(std::string& newPath, const std::string& oldPath,
+                                                     const std::string& schematic,
+                                                     const std::string& schematicFolder,
+                                                     const std::string& extension) {
+    const std::string source = oldPath;
+    const std::string target = schematicFolder + "/" + schematic + "." + extension;
+    newPath = target;
+    AttributeFile document(AttributeFile::kAnalysisProfile);
+    if (!readDocument(source, document)) return 0;
+    if (AttributeNode* section = document.findChild(kProfiles)) renameProfiles(*section, *this);
+    for (const char* name : kAnalyses) {
+        if (AttributeNode* analysis = document.findChild(name)) {
+            renameProfilesOfMeasurements(*analysis, *this);
+        }
+    }
+    // Through a link the old file itself would be changed.
+    const bool isWritten = !isSameFile(source, target) && writeDocument(document, target);
+    return isWritten ? 0 : reportError(ERR_WRITE_FILE, target);
+}
+
+}  // namespace tvxconv
