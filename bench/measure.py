@@ -60,16 +60,60 @@ def make_project(folder, profiles, outputs, size):
     return len(os.listdir(folder))
 
 
+def make_library(folder, cells, size=8192):
+    """A library whose cells have 30 files each in the old view, two profiles among them."""
+    text, block = DECK.encode()[:size], os.urandom(size)
+    outputs = ("csd", "dat", "mc.out", "mrk", "out", "prb", "sim.1op")
+    for number in range(cells):
+        cell = f"cell{number:05d}"
+        view = f"{folder}/{cell}/cfg_analog"
+        os.makedirs(view)
+        texts = [f"{cell}.net", f"{cell}.opt"]
+        blocks = [f"{cell}.{end}" for end in ("als", "opj", "par")] + [f"{cell}-{cell}.prp", "amp.lib", "x.inc", "y.stl"]
+        blocks += ["board.map", "parts.olb"]
+        for profile in ("ac", "tran"):
+            texts += [f"{profile}.sim", f"{profile}.sim.cir"]
+            blocks += [f"{profile}.{output}" for output in outputs]
+        write(f"{view}/master.tag", b"expand.cfg")
+        for name in texts:
+            write(f"{view}/{name}", text)
+        for name in blocks:
+            write(f"{view}/{name}", block)
+    os.sync()
+
+
+def add_names_of_profiles(folder, profiles):
+    """An optimizer file and an analysis profile that name each profile."""
+    bases = [f"amp-SCHEMATIC1-p{number:05d}" for number in range(profiles)]
+    write(f"{folder}/amp-SCHEMATIC1.opt", "".join(f'sim "{base}.sim" enabled\r\n' for base in bases).encode())
+    keys = " ".join(f'("{base}" 1)' for base in bases)
+    measured = "\n".join(f'(m (Profile "{base}.sim") (Goal 1))' for base in bases)
+    write(f"{folder}/amp-SCHEMATIC1.aap",
+          f'(FILE_TYPE "Advanced Analysis Profile" (Profiles {keys}) (Optimizer (MEASUREMENTS {measured})))'.encode())
+    os.sync()
+
+
 def run(command):
     """Seconds and peak memory in bytes of a command that succeeds."""
     started = time.perf_counter()
-    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     _, status, usage = os.wait4(process.pid, 0)
     seconds = time.perf_counter() - started
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         sys.exit(f"{command} ended with {process.returncode}")
     return seconds, usage.ru_maxrss * 1024
+
+
+def run_step(command):
+    """Seconds that a command tells of its own work, and its peak memory in bytes."""
+    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+    output = process.stdout.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        sys.exit(f"{command} ended with {process.returncode}")
+    return float(output), usage.ru_maxrss * 1024
 
 
 def system_calls(command):
@@ -118,7 +162,7 @@ class Bench:
         self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), f"at most {bound:.1f}")
         return seconds
 
-    def growth(self, small, large, rounds):
+    def growth(self, what, small, large, rounds):
         ratios = []
         for _ in range(rounds):
             os.sync()
@@ -126,12 +170,75 @@ class Bench:
             os.sync()
             tenfold, _ = run(self.convert(large, self.fresh()))
             ratios.append(tenfold / once)
-        self.row("10,000 profiles / 1,000 profiles: time", span(ratios), "at most 11")
+        self.row(f"{what}: time", span(ratios), "at most 11")
         if shutil.which("strace"):
             once = system_calls(self.convert(small, self.fresh()))
             tenfold = system_calls(self.convert(large, self.fresh()))
-            self.row("10,000 profiles / 1,000 profiles: system calls", f"{tenfold / once:9.2f}  ({once} calls)",
-                     "at most 11")
+            self.row(f"{what}: system calls", f"{tenfold / once:9.2f}  ({once} calls)", "at most 11")
+
+    def convert_library(self, source):
+        """Copies the library and converts the copy; the copy, and the seconds of both and the peak memory."""
+        library = self.fresh()
+        os.sync()
+        copied, _ = run(["cp", "-r", source, library])
+        os.sync()
+        converted, peak = run([self.program, "tarnet", library])
+        return library, copied, converted, peak
+
+    def library(self, what, source, rounds):
+        ratios, peaks = [], []
+        for number in range(rounds + 1):
+            _, copied, converted, peak = self.convert_library(source)
+            if number == 0:
+                continue  # warms the cache
+            ratios.append(converted / copied)
+            peaks.append(peak / MIB)
+        self.row(f"{what}: time / cp -r", span(ratios), "at most 1.00")
+        self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
+
+    def library_growth(self, small, large, rounds):
+        ratios, peaks = [], []
+        for _ in range(rounds):
+            _, _, once, _ = self.convert_library(small)
+            library, _, tenfold, peak = self.convert_library(large)
+            ratios.append(tenfold / once)
+            peaks.append(peak / MIB)
+        self.row("10,000 cells / 1,000 cells: time", span(ratios), "at most 11")
+        self.row("10,000 cells: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
+        ratios, peaks = [], []
+        for number in range(rounds + 3):
+            # One look at the marker of each new view.
+            found, _ = run(["find", library, "-path", "*/tvx_sim_1/master.tag", "-printf", "%s\n"])
+            again, peak = run([self.program, "tarnet", library])
+            if number == 0:
+                continue  # warms the cache
+            ratios.append(again / found / 2)
+            peaks.append(peak / MIB)
+        self.row("10,000 converted cells again: time / find twice", span(ratios), "at most 1.00")
+        self.row("10,000 converted cells again: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
+
+    def attribute_lists(self, program, mebibytes, rounds):
+        listed, json_file = f"{self.scratch}/profile.aap", f"{self.scratch}/profile.json"
+        subprocess.run([program, "make", str(mebibytes), listed, json_file], check=True)
+        size = os.path.getsize(listed)
+        reading, writing, peaks = [], [], []
+        for number in range(rounds + 1):
+            os.sync()
+            list_seconds, peak = run_step([program, "read-list", listed])
+            json_seconds, _ = run_step([program, "read-json", json_file])
+            os.sync()
+            list_written, _ = run_step([program, "write-list", listed, self.fresh()])
+            os.sync()
+            json_written, _ = run_step([program, "write-json", json_file, self.fresh()])
+            if number == 0:
+                continue  # warms the cache
+            reading.append(list_seconds / json_seconds)
+            writing.append(list_written / json_written)
+            peaks.append(peak / size)
+        what = f"attribute list of {size / MIB:.0f} MiB"
+        self.row(f"{what}: reading / RapidJSON", span(reading), "at most 2.00")
+        self.row(f"{what}: writing / RapidJSON", span(writing), "at most 2.00")
+        self.row(f"{what}: peak memory of reading / size", span(peaks), "at most 6.00")
 
     def start(self):
         times = [run([self.program, "--version"])[0] * 1000 for _ in range(50)]
@@ -149,20 +256,34 @@ def main():
         bench = Bench(os.path.abspath(options.program), scratch, options.rounds)
         print(f"{'what':<58}{'median  (rounds)':<32}bound")
         bench.start()
+        lists = os.path.join(os.path.dirname(bench.program), "tvxconv_bench_lists")
+        if os.path.exists(lists):  # built where the library to compare with is installed
+            bench.attribute_lists(lists, 64, max(5, options.rounds))
         small = f"{scratch}/small"
         files = make_project(small, 1000, OUTPUTS, 8192)
         bench.against_copy("1,000 profiles, 18 outputs of 8 KiB", small, files, options.rounds)
         empty = f"{scratch}/empty"
         files = make_project(empty, 1000, [], 8192)
         bench.against_copy("1,000 profiles without outputs", empty, files, options.rounds)
+        cells = f"{scratch}/cells"
+        make_library(cells, 1000)
+        bench.library("1,000 cells of 30 files of 8 KiB", cells, options.rounds)
         if not options.quick:
             single = f"{scratch}/single"
             files = make_project(single, 1, ["dat"], 1024 * MIB)
             bench.against_copy("one output of 1 GiB", single, files, options.rounds)
             large = f"{scratch}/large"
             files = make_project(large, 10000, OUTPUTS, 8192)
-            bench.growth(small, large, max(3, options.rounds // 2))
+            bench.growth("10,000 profiles / 1,000 profiles", small, large, max(3, options.rounds // 2))
             bench.against_copy("10,000 profiles, 18 outputs of 8 KiB", large, files, 1)
+            named = f"{scratch}/named"
+            make_project(named, 10000, [], 8192)
+            add_names_of_profiles(named, 10000)
+            add_names_of_profiles(empty, 1000)
+            bench.growth("optimizer of 10,000 / of 1,000 profiles", empty, named, max(3, options.rounds // 2))
+            many_cells = f"{scratch}/many-cells"
+            make_library(many_cells, 10000)
+            bench.library_growth(cells, many_cells, max(2, options.rounds // 3))
 
 
 main()

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <iostream>
+#include <utility>
 
 #include "platform/platform.h"
 
@@ -13,7 +14,12 @@ constexpr const char* kClearLine = "\r\033[K";
 
 }  // namespace
 
-ProgressLine::ProgressLine(const std::string& what) : what_(what) {
+ProgressLine::ProgressLine(const std::string& what)
+    : ProgressLine([what] {
+          return what + ": " + std::to_string(tvxconv::platform::filesWritten()) + " files";
+      }) {}
+
+ProgressLine::ProgressLine(std::function<std::string()> describe) : describe_(std::move(describe)) {
     if (tvxconv::platform::isTerminal(kStandardError)) thread_ = std::thread([this] { run(); });
 }
 
@@ -31,7 +37,6 @@ ProgressLine::~ProgressLine() {
 void ProgressLine::run() {
     std::unique_lock lock(mutex_);
     while (!wake_.wait_for(lock, kPause, [this] { return ended_; })) {
-        std::cerr << kClearLine << what_ << ": " << tvxconv::platform::filesWritten() << " files"
-                  << std::flush;
+        std::cerr << kClearLine << describe_() << std::flush;
     }
 }

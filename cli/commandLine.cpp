@@ -12,12 +12,19 @@
 
 namespace {
 
-constexpr const char* kExamples = R"(Example:
-  tvxconv draftel designs/amp/amp.opj --to converted/amp
-  tvxconv draftel designs/amp/amp.opj --in-place --report structure.txt
+const std::string kDraftelExamples =
+    "  tvxconv draftel designs/amp/amp.opj --to converted/amp\n"
+    "  tvxconv draftel designs/amp/amp.opj --in-place --report structure.txt\n";
+const std::string kTarnetExamples =
+    "  tvxconv tarnet designs/library\n"
+    "  tvxconv tarnet designs/library --report structure.txt\n";
 
-The new structure goes to standard output, messages to standard error.
-Exit status: 0 converted, 1 not converted, 2 wrong command line.)";
+std::string footer(const std::string& examples) {
+    return "Example:\n" + examples +
+           "\n"
+           "The new structure goes to standard output, messages to standard error.\n"
+           "Exit status: 0 converted, 1 not converted, 2 wrong command line.";
+}
 
 // Follows "." and ".." in an absolute path, and what stands before them. A project names files by way of
 // "../", which is taken as text: it has to meet the name of a folder.
@@ -44,38 +51,59 @@ std::string absolute(const std::string& argument) {
     return withoutDots(path);
 }
 
+// What both commands take.
+void addCommonOptions(CLI::App& command, const char* reportFolder, std::string& report, bool& json) {
+    command
+        .add_option("--report", report,
+                    std::string("Write the new structure to the file NAME in the ") + reportFolder)
+        ->type_name("NAME");
+    command.add_flag("--json", json, "Print the result as one JSON object");
+}
+
 }  // namespace
 
-bool readCommandLine(int argc, char** argv, DraftelOptions& options, int& exitStatus) {
+bool readCommandLine(int argc, char** argv, std::variant<DraftelOptions, TarnetOptions>& command,
+                     int& exitStatus) {
     CLI::App app("Moves the simulation files of design projects into the new layout.", "tvxconv");
     app.set_version_flag("--version", std::string("tvxconv ") + TVXCONV_VERSION);
-    app.footer(kExamples);
+    app.footer(footer(kDraftelExamples + kTarnetExamples));
     app.require_subcommand(1);
 
+    DraftelOptions draftelOptions;
     CLI::App* draftel = app.add_subcommand("draftel", "Convert a Draftel project");
-    draftel->footer(kExamples);
-    draftel->add_option("PROJECT.opj", options.project, "The project file")->required();
+    draftel->add_option("PROJECT.opj", draftelOptions.project, "The project file")->required();
     CLI::Option* to =
         draftel
-            ->add_option("--to", options.destination,
+            ->add_option("--to", draftelOptions.destination,
                          "Convert into the folder DIR, which is made if need be; the old files stay")
             ->type_name("DIR");
     CLI::Option* inPlace =
-        draftel->add_flag("--in-place", options.inPlace,
+        draftel->add_flag("--in-place", draftelOptions.inPlace,
                           "Convert in the project's own folder; moved files leave their old place");
     to->excludes(inPlace);
-    draftel
-        ->add_option("--report", options.report,
-                     "Write the new structure to the file NAME in the destination")
-        ->type_name("NAME");
-    draftel->add_flag("--json", options.json, "Print the result as one JSON object");
+    draftel->footer(footer(kDraftelExamples));
+    addCommonOptions(*draftel, "destination", draftelOptions.report, draftelOptions.json);
+
+    TarnetOptions tarnetOptions;
+    CLI::App* tarnet = app.add_subcommand("tarnet", "Convert the cells of a Tarnet design library");
+    tarnet
+        ->add_option("LIBRARY_DIR", tarnetOptions.library,
+                     "The library's folder; its cells get a new view, the old one stays")
+        ->required();
+    tarnet->footer(footer(kTarnetExamples));
+    addCommonOptions(*tarnet, "library's folder", tarnetOptions.report, tarnetOptions.json);
 
     try {
         app.parse(argc, argv);
-        if (!options.inPlace && options.destination.empty()) {
+        if (draftel->parsed() && !draftelOptions.inPlace && draftelOptions.destination.empty()) {
             throw CLI::RequiredError("One of --to DIR and --in-place");
         }
-        if (options.project.empty()) throw CLI::ValidationError("PROJECT.opj", "the name is empty");
+        if (draftel->parsed() && draftelOptions.project.empty()) {
+            throw CLI::ValidationError("PROJECT.opj", "the name is empty");
+        }
+        if (tarnet->parsed() && tarnetOptions.library.empty()) {
+            throw CLI::ValidationError("LIBRARY_DIR", "the name is empty");
+        }
     } catch (const CLI::ParseError& error) {
         exitStatus = app.exit(error, std::cout, std::cerr) == 0 ? kConverted : kWrongCommandLine;
         if (!std::cout.flush()) {
@@ -84,7 +112,13 @@ bool readCommandLine(int argc, char** argv, DraftelOptions& options, int& exitSt
         }
         return false;
     }
-    options.project = absolute(options.project);
-    if (!options.inPlace) options.destination = absolute(options.destination);
+    if (tarnet->parsed()) {
+        tarnetOptions.library = absolute(tarnetOptions.library);
+        command = tarnetOptions;
+        return true;
+    }
+    draftelOptions.project = absolute(draftelOptions.project);
+    if (!draftelOptions.inPlace) draftelOptions.destination = absolute(draftelOptions.destination);
+    command = draftelOptions;
     return true;
 }

@@ -5,12 +5,19 @@
 #pragma once
 
 #include <string>
+#include <variant>
 
 struct DraftelOptions {
     std::string project;      // absolute, with "/"
     std::string destination;  // absolute, with "/", no slash at its end; empty when in place
     bool inPlace = false;
     std::string report;  // the report file's name in the destination; empty for none
+    bool json = false;
+};
+
+struct TarnetOptions {
+    std::string library;  // absolute, with "/", no slash at its end
+    std::string report;   // the report file's name in the library; empty for none
     bool json = false;
 };
 
@@ -21,4 +28,5 @@ constexpr int kWrongCommandLine = 2;
 
 // Reads the arguments. True when there is something to do; else help, the version or an error has been
 // printed and `exitStatus` is set.
-bool readCommandLine(int argc, char** argv, DraftelOptions& options, int& exitStatus);
+bool readCommandLine(int argc, char** argv, std::variant<DraftelOptions, TarnetOptions>& command,
+                     int& exitStatus);

@@ -1,11 +1,9 @@
 #include "draftelCommand.h"
 
-#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <new>
 #include <set>
-#include <thread>
 
 #include "KeptFiles.h"
 #include "ProgressLine.h"
@@ -17,56 +15,15 @@
 #include "fsutil/paths.h"
 #include "inPlaceGuard.h"
 #include "interface/IDraftelProjectConverter.h"
-#include "platform/platform.h"
+#include "interruption.h"
 #include "report.h"
 
-namespace platform = tvxconv::platform;
 namespace fsutil = tvxconv::fsutil;
 
 namespace {
 
 constexpr int kInPlace = 1;
 constexpr int kIntoDestination = 2;
-
-// Set when the user asks the program to end. While the conversion runs, that also stops its work on
-// files; afterwards the program sees to it that the old files are in order, which must not be cut short.
-std::atomic<bool> interrupted{false};
-enum class Work { other, converting, stopping, stopped };
-std::atomic<Work> work{Work::other};
-
-// May run in the midst of things, in any thread.
-void noteInterrupt() {
-    interrupted = true;
-    Work expected = Work::converting;
-    if (!work.compare_exchange_strong(expected, Work::stopping)) return;
-    platform::stopFiles();
-    work = Work::stopped;
-}
-
-// Lets interrupts stop the work on files as long as the object lives.
-class Interruptible {
-public:
-    Interruptible() {
-        work = Work::converting;
-        // Asked to end before there was work to stop.
-        if (interrupted) noteInterrupt();
-    }
-    ~Interruptible() {
-        Work expected = Work::converting;
-        if (!work.compare_exchange_strong(expected, Work::other)) {
-            while (work != Work::stopped) std::this_thread::yield();
-        }
-        work = Work::other;
-        platform::resumeFiles();
-    }
-    Interruptible(const Interruptible&) = delete;
-    Interruptible& operator=(const Interruptible&) = delete;
-};
-
-void tellError(const ConversionResult& result) {
-    if (result.errorCode != 0)
-        tell(result.errorMessage + " (error " + std::to_string(result.errorCode) + ")");
-}
 
 ConversionResult lastErrorAs(int status) {
     ConversionResult result;
@@ -77,9 +34,7 @@ ConversionResult lastErrorAs(int status) {
 }
 
 int endWith(const ConversionResult& result, const DraftelOptions& options, int exitStatus) {
-    if (printResult(result, options.json)) return exitStatus;
-    tell("cannot write the result to standard output");
-    return kNotConverted;
+    return printResult(result, options.json) ? exitStatus : kNotConverted;
 }
 
 int refuse(const std::string& reason, const DraftelOptions& options, int exitStatus) {
@@ -113,9 +68,9 @@ bool convert(const DraftelOptions& options, IDraftelProjectConverter& converter,
                                         : converter.convert(kIntoDestination, options.destination.c_str());
     }
     readLastError(converter, result);
-    if (result.status == 0 && !interrupted) return true;
+    if (result.status == 0 && !wasInterrupted()) return true;
     tellError(result);
-    if (interrupted) tell("interrupted");
+    if (wasInterrupted()) tell("interrupted");
     if (result.status == 0) result.status = 1;
     return false;
 }
@@ -205,8 +160,12 @@ int convertIntoDestination(const DraftelOptions& options, const ProjectInspectio
              inQuotes(options.destination) + ".");
         return endWith(result, options, kNotConverted);
     }
-    return conclude(options, inspection, dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter), result,
-                    kConverted);
+    auto& draftelConverter = dynamic_cast<tvxconv::DraftelProjectConverter&>(*converter);
+    for (const std::string& path : analysisProfilesLeftOut(inspection, draftelConverter)) {
+        tell("the analysis profile " + inQuotes(path) +
+             " is not in the new project: it cannot be read, or its new file could not be written");
+    }
+    return conclude(options, inspection, draftelConverter, result, kConverted);
 }
 
 int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspection) {
@@ -283,7 +242,7 @@ int runDraftelCommand(const DraftelOptions& options) {
             "--report " + inQuotes(options.report) + " would be written over the project or its design",
             options, kWrongCommandLine);
     }
-    platform::onInterrupt(noteInterrupt);
+    watchForInterrupts();
     return options.inPlace ? convertInPlace(options, inspection)
                            : convertIntoDestination(options, inspection);
 }

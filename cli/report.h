@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "interface/hostStrings.h"
 
@@ -16,13 +17,28 @@ void tell(std::string_view text);
 // text escaped.
 std::string inQuotes(const std::string& name);
 
-struct ConversionResult {
+struct RunResult {
     int status = 0;
     int errorCode = 0;  // the last error of the run, also where the conversion went on
     std::string errorMessage;
+};
+
+// Of a Draftel project.
+struct ConversionResult : RunResult {
     std::string newProjectPath;
     CStringArray structure;
 };
 
-// Prints the listing, or the whole result as one JSON object. False when it could not be written.
+// Of a Tarnet library, which has a project in each cell and none of its own.
+struct LibraryResult : RunResult {
+    std::string libraryParentName;
+    std::vector<std::string> structure;
+};
+
+// Tells the error of a run, if there is one.
+void tellError(const RunResult& result);
+
+// Prints the listing, or the whole result as one JSON object. False when it could not be written; the user
+// has been told.
 bool printResult(const ConversionResult& result, bool json);
+bool printResult(const LibraryResult& result, bool json);

@@ -122,8 +122,8 @@ TEST_F(InPlace, ASecondRunChangesNothingInAProjectWithoutProfiles) {
     EXPECT_EQ(difference(once, picture()), "");
 }
 
-TEST_F(InPlace, ADesignInAnotherFolderIsCopiedAndItsNetlistMoved) {
-    for (const char* name : {"amp.dsn", "amp-SCHEMATIC1.net"}) {
+TEST_F(InPlace, ADesignInAnotherFolderIsCopiedAndItsFilesMoved) {
+    for (const char* name : {"amp.dsn", "amp-SCHEMATIC1.net", "amp-SCHEMATIC1.opt", "amp-SCHEMATIC1.aap"}) {
         folder_.makeFolder("designs");
         fs::rename(folder_.path("amp/") + name, folder_.path("designs/") + name);
     }
@@ -305,11 +305,17 @@ TEST_F(InPlace, AFailureLeavesADesignInAnotherFolderAsItWas) {
 
 TEST_F(InPlace, AFullDiskLeavesTheOldFilesAsTheyWereOrTheConversionComplete) {
     // The limit is one of each file's size. It goes through the sizes of all files.
-    std::vector<std::string> files = {"amp.lib", "amp-SCHEMATIC1.net",           "amp-SCHEMATIC1-tran1.sim",
-                                      "amp.dsn", "amp-SCHEMATIC1-tran1.sim.cir", "amp-SCHEMATIC1-tran1.out"};
+    std::vector<std::string> files = {"amp.lib",
+                                      "amp-SCHEMATIC1.net",
+                                      "amp-SCHEMATIC1-tran1.sim",
+                                      "amp.dsn",
+                                      "amp-SCHEMATIC1.opt",
+                                      "corners.mdp",
+                                      "amp-SCHEMATIC1-tran1.sim.cir",
+                                      "amp-SCHEMATIC1-tran1.out"};
     std::string note = " ";
     int failures = 0;
-    for (std::size_t limit = 2500; limit < 30000; limit += 2500) {
+    for (std::size_t limit = 2500; limit < 40000; limit += 2500) {
         startAnew();
         std::size_t size = 3000;
         for (const std::string& name : files) {
@@ -342,8 +348,10 @@ TEST_F(InPlace, AFullDiskLeavesTheOldFilesAsTheyWereOrTheConversionComplete) {
             expectOldFiles(before, std::to_string(limit));
             continue;
         }
-        // Only outputs may be missing from the new structure; they are back in their old places.
-        for (const char* name : {"amp-SCHEMATIC1-tran1.sim.cir", "amp-SCHEMATIC1-tran1.out"}) {
+        // Only outputs and files of a schematic may be missing from the new structure; they are back in their
+        // old places.
+        for (const char* name :
+             {"amp-SCHEMATIC1.opt", "amp-SCHEMATIC1-tran1.sim.cir", "amp-SCHEMATIC1-tran1.out"}) {
             const std::string path = folder_.path(std::string("amp/") + name);
             const bool isTold = result.errors.find("\"" + path + "\" was not") != std::string::npos;
             EXPECT_EQ(fs::exists(path), isTold) << limit << name << result.errors;
@@ -357,32 +365,92 @@ TEST_F(InPlace, AFullDiskLeavesTheOldFilesAsTheyWereOrTheConversionComplete) {
     EXPECT_GE(failures, 8);
 }
 
-// --- one output that does not arrive ---
+// --- one file that does not arrive ---
 
-TEST_F(InPlace, AnOutputThatCannotBeCopiedIsPutBackAndTold) {
-    const struct {
-        const char* oldName;
-        const char* newName;
-        std::string text;
-    } outputs[] = {
-        {"amp-SCHEMATIC1-tran1.out", "tran1.out", kOutput},
-        {"amp-SCHEMATIC1-tran1.sim.cir", "tran1.cir", kOldDeck},
-    };
-    for (const auto& output : outputs) {
+TEST_F(InPlace, AFileThatCannotBeWrittenIsPutBackAndTold) {
+    for (const std::string oldName : {"amp-SCHEMATIC1-tran1.out", "amp-SCHEMATIC1-tran1.sim.cir",
+                                      "amp-SCHEMATIC1.opt", "amp-SCHEMATIC1.aap"}) {
         startAnew();
-        const std::string inTheWay = kRoot + "/SCHEMATIC1/tran1/" + output.newName;
+        const std::string inTheWay = newPlaces().at(oldName);
         folder_.makeFolder("amp/" + inTheWay);
         const ProgramResult result = runTvxconv({"draftel", project(), "--in-place", "--json"});
         EXPECT_EQ(result.status, 1);
-        const std::string oldPath = folder_.path(std::string("amp/") + output.oldName);
-        EXPECT_NE(result.errors.find(oldPath), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(folder_.path("amp/" + oldName)), std::string::npos) << result.errors;
         EXPECT_NE(result.errors.find("put back"), std::string::npos) << result.errors;
         EXPECT_NE(nlohmann::json::parse(result.output)["errorCode"], 0);
         Tree expected = convertedInPlace();
         expected.erase(inTheWay);
         expected[inTheWay + "/"] = "";
-        expected[output.oldName] = output.text;
+        expected[oldName] = smallProject().at(oldName);
+        if (oldName == "amp-SCHEMATIC1.opt") {  // what it names moves with it
+            expected.erase(newPlaces().at("corners.mdp"));
+            expected["corners.mdp"] = kDesignProfile;
+        }
         EXPECT_EQ(difference(expected, tests::treeOf(folder_.path("amp"))), "");
+    }
+}
+
+// The conversion passes over an analysis profile that it cannot read, without an error. What is at its new
+// place is then from another time.
+TEST_F(InPlace, AnAnalysisProfileThatCannotBeReadIsPutBackAndTold) {
+    const std::string oldPath = folder_.path("amp/amp-SCHEMATIC1.aap");
+    for (const bool isThereBefore : {false, true}) {
+        for (const std::string text : {"(FILE_TYPE \"Advanced Analysis Profile\" (a 1)", "", "(a b)"}) {
+            startAnew();
+            tests::writeFile(oldPath, text);
+            if (isThereBefore) folder_.write("amp/" + newPlaces().at("amp-SCHEMATIC1.aap"), kNewAnalysis);
+            const ProgramResult result = runTvxconv({"draftel", project(), "--in-place", "--json"});
+            EXPECT_EQ(result.status, 1) << text;
+            EXPECT_NE(result.errors.find("\"" + oldPath + "\" was not"), std::string::npos) << result.errors;
+            const auto object = nlohmann::json::parse(result.output);
+            EXPECT_EQ(object["status"], 1) << text;
+            EXPECT_EQ(object["errorCode"], 0) << text;
+            Tree expected = convertedInPlace();
+            if (!isThereBefore) expected.erase(newPlaces().at("amp-SCHEMATIC1.aap"));
+            expected["amp-SCHEMATIC1.aap"] = text;
+            EXPECT_EQ(difference(expected, tests::treeOf(folder_.path("amp"))), "") << text;
+        }
+    }
+}
+
+// An earlier one at its new place is no obstacle for one that can be read.
+TEST_F(InPlace, AnAnalysisProfileReplacesAnEarlierOne) {
+    folder_.write("amp/" + newPlaces().at("amp-SCHEMATIC1.aap"), "an earlier and much longer one " + kOutput);
+    const ProgramResult result = convert();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(difference(convertedInPlace(), tests::treeOf(folder_.path("amp"))), "");
+}
+
+// It is no file of the design by its name, and is deleted before the netlist, which cannot be.
+TEST_F(InPlace, AfterAFailureADesignProfileIsPutBackAsItWasSpelled) {
+    for (const char* named : {"corners.mdp", "CORNERS.mdp", "..mdp", "a.mdp.b"}) {
+        startAnew();
+        fs::remove_all(folder_.path("designs"));
+        folder_.makeFolder("designs");
+        for (const char* name :
+             {"amp.dsn", "amp-SCHEMATIC1.net", "amp-SCHEMATIC1.opt", "amp-SCHEMATIC1.aap"}) {
+            fs::rename(folder_.path("amp/") + name, folder_.path("designs/") + name);
+        }
+        edit("amp/amp.opj", ".\\\\amp.dsn", "..\\\\designs\\\\amp.dsn");
+        edit("designs/amp-SCHEMATIC1.opt", "corners.mdp", named);
+        if (!fs::exists(folder_.path("amp/") + named) && named[0] != 'C') {
+            fs::rename(folder_.path("amp/corners.mdp"), folder_.path("amp/") + named);
+        }
+        folder_.write("designs/AMP-schematic1.NET", "a twin\n");
+        const auto before = picture();
+        EXPECT_EQ(convert().status, 1) << named;
+        auto after = picture();
+        after.erase("amp/amp.dsn");
+        EXPECT_EQ(difference(before, without(after, "amp/" + kRoot)), "") << named;
+
+        fs::remove(folder_.path("designs/AMP-schematic1.NET"));
+        EXPECT_EQ(convert().status, 0) << named;
+        EXPECT_EQ(folder_.read("amp/" + kRoot + "/SCHEMATIC1/" + named), kDesignProfile) << named;
+        const Tree designs = tests::treeOf(folder_.path("designs"));
+        EXPECT_EQ(difference({{"amp.dsn", kDesign}}, designs), "") << named;
+        for (const auto& [name, text] : tests::treeOf(folder_.path("amp"))) {
+            EXPECT_TRUE(name.starts_with(kRoot) || name.find(".mdp") == std::string::npos) << name;
+        }
     }
 }
 
@@ -539,18 +607,7 @@ protected:
     void expectNothingLost(const std::string& what) const {
         const Tree now = tests::treeOf(folder_.path("amp"));
         const Tree complete = convertedInPlace();
-        const std::map<std::string, std::string> places = {
-            {"amp.opj", "amp.opj"},
-            {"amp.dsn", "amp.dsn"},
-            {"amp.lib", kRoot + "/amp.lib"},
-            {"amp-SCHEMATIC1.net", kRoot + "/SCHEMATIC1/SCHEMATIC1.net"},
-            {"amp-SCHEMATIC1-tran1.sim", kRoot + "/SCHEMATIC1/tran1.sim"},
-            {"amp-SCHEMATIC1-tran1.sim.cir", kRoot + "/SCHEMATIC1/tran1/tran1.cir"},
-            {"amp-SCHEMATIC1-tran1.out", kRoot + "/SCHEMATIC1/tran1/tran1.out"},
-            {"local/bench.txt", "local/bench.txt"},
-            {"notes.txt", "notes.txt"},
-        };
-        for (const auto& [oldName, newName] : places) {
+        for (const auto& [oldName, newName] : newPlaces()) {
             const std::string text = smallProject().at(oldName);
             bool found = now.count(oldName) != 0 && now.at(oldName) == text;
             found = found || (now.count(newName) != 0 && now.at(newName) == complete.at(newName));

@@ -422,7 +422,7 @@ TEST_F(Entries, AFileBesideTheDesignIsNoFileOfTheDesign) {
 }
 
 TEST_F(Entries, TheDesignInAnotherFolderAndItsFilesGoToTheDestination) {
-    for (const char* name : {"amp.dsn", "amp-SCHEMATIC1.net"}) {
+    for (const char* name : {"amp.dsn", "amp-SCHEMATIC1.net", "amp-SCHEMATIC1.opt", "amp-SCHEMATIC1.aap"}) {
         fs::rename(folder_.path("amp/") + name, folder_.path("shared/") + name);
     }
     edit("amp.opj", ".\\\\amp.dsn", "..\\\\shared\\\\amp.dsn");

@@ -113,6 +113,25 @@ TEST_F(CommandLine, ASecondConversionIntoTheSameFolderChangesNothing) {
     EXPECT_EQ(pictureOf(folder_.path("new")), once);
 }
 
+// The library passes over it without an error. A file at its new place is then from another time.
+TEST_F(CommandLine, AnAnalysisProfileThatCannotBeReadIsTold) {
+    const std::string oldPath = folder_.write("old/amp/amp-SCHEMATIC1.aap", "(not closed");
+    before_ = pictureOf(folder_.path("old"));
+    const std::string newPath = newPlaces().at("amp-SCHEMATIC1.aap");
+    for (const bool isThereBefore : {false, true}) {
+        Tree expected = convertedDestination();
+        expected.erase(newPath);
+        if (isThereBefore) {
+            folder_.write("new/" + newPath, "of another time");
+            expected[newPath] = "of another time";
+        }
+        const ProgramResult result = runTvxconv({"draftel", project(), "--to", folder_.path("new")});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_NE(result.errors.find("\"" + oldPath + "\""), std::string::npos) << result.errors;
+        EXPECT_EQ(difference(expected, tests::treeOf(folder_.path("new"))), "");
+    }
+}
+
 TEST_F(CommandLine, OptionsStandInAnyOrderAndWithAnEqualsSign) {
     const std::string expected = asLines(convertedListing(folder_.path("new")));
     for (const std::vector<std::string>& arguments :
@@ -272,8 +291,11 @@ TEST_F(CommandLine, DotsInTheArgumentsDoNotChangeWhatTheProjectNames) {
         tests::replaced(newProjectText(), ".\\\\local\\\\bench.txt", "..\\\\lib\\\\bench.txt");
     expected.erase("local/");
     expected.erase("local/bench.txt");
-    // The netlist lies beside the design, where there is none.
-    expected.erase("amp-TevrixFiles/SCHEMATIC1/SCHEMATIC1.net");
+    // The files of a schematic lie beside the design, where there are none.
+    for (const char* name :
+         {"amp-SCHEMATIC1.net", "amp-SCHEMATIC1.opt", "amp-SCHEMATIC1.aap", "corners.mdp"}) {
+        expected.erase(newPlaces().at(name));
+    }
     expected["amp.opj"] =
         tests::replaced(expected["amp.opj"], ".\\\\amp-tevrixfiles\\\\schematic1\\\\schematic1.net",
                         ".\\\\amp-SCHEMATIC1.net");

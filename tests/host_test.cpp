@@ -1,13 +1,14 @@
 // host_test.cpp
 //
-// The small host of the examples: it loads the library at run time and prints all that the interface
-// tells it.
+// The small hosts of the examples, one for each interface: they load the library at run time and print all
+// that it tells them.
 
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "support/DraftelProject.h"
+#include "support/TarnetLibrary.h"
 #include "support/TestFolder.h"
 
 namespace {
@@ -16,6 +17,7 @@ using std::string;
 using tests::DraftelProject;
 
 constexpr const char* kHost = TVXCONV_BIN_DIR "/tvxconv_host";
+constexpr const char* kTarnetHost = TVXCONV_BIN_DIR "/tvxconv_tarnet_host";
 constexpr const char* kLibrary = TVXCONV_BIN_DIR "/libtvxconv.so";
 
 TEST(Host, PrintsWhatTheInterfaceTellsOfAConversion) {
@@ -101,6 +103,74 @@ TEST(Host, SaysWhatIsWrongWithItsArguments) {
         EXPECT_EQ(result.errors, c.errors);
     }
     EXPECT_EQ(project.tree(), before);
+}
+
+TEST(TarnetHost, PrintsWhatTheInterfaceTellsOfAConversion) {
+    const tests::TarnetLibrary library;
+    library.writeOld("tran.dat", "data");
+    library.addCell("beta");
+    const tests::ProgramResult result = tests::runProgram({kTarnetHost, kLibrary, library.dir, "report.txt"});
+    const string listing = "\n" + library.cfg + "\n    master.tag\n" + library.view + "\n    master.tag\n" +
+                           library.profiles + "\n" + library.profiles + "/tran\n    tran.dat\n\n" +
+                           library.path("beta/cfg_analog") + "\n    master.tag\n" +
+                           library.path("beta/tvx_sim_1") + "\n    master.tag\n";
+    EXPECT_EQ(result.output,
+              "convert: 0\n"
+              "getLibraryParentName: 0 site\n"
+              "getNewStructure: 0 13 lines\n" +
+                  listing +
+                  "writeReport: 0\n"
+                  "getLastErrorCode: 0 0\n"
+                  "getLastErrorMessage: 0 \n");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(library.read("report.txt"),
+              "The conversion of the project was successful.\n\n"
+              "The new directory structure is as follows:\n\n" +
+                  listing);
+    EXPECT_EQ(library.readNew("profiles/tran/tran.dat"), "data");
+}
+
+TEST(TarnetHost, PrintsTheErrorOfAConversionThatFails) {
+    const tests::TarnetLibrary library;
+    const string missing = library.path("none");
+    const tests::ProgramResult result = tests::runProgram({kTarnetHost, kLibrary, missing, "report.txt"});
+    EXPECT_EQ(result.output,
+              "convert: 10103\n"
+              "getLibraryParentName: 0 lib\n"
+              "getNewStructure: 0 0 lines\n"
+              "writeReport: 1\n"
+              "getLastErrorCode: 0 10103\n"
+              "getLastErrorMessage: 0 " +
+                  tests::openDirectoryError(missing).message + "\n");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST(TarnetHost, SaysWhatIsWrongWithItsArguments) {
+    const tests::TarnetLibrary library;
+    const tests::Tree before = library.tree();
+    const string usage = "usage: tvxconv_tarnet_host LIBRARY LIBRARY_DIR REPORT\n";
+    const string noLibrary = library.folder.path("none.so");
+    const string otherLibrary = TVXCONV_BIN_DIR "/DraDsnReader.so";
+    const struct {
+        std::vector<string> command;
+        string errors;
+    } cases[] = {
+        {{kTarnetHost}, usage},
+        {{kTarnetHost, kLibrary, library.dir}, usage},
+        {{kTarnetHost, noLibrary, library.dir, "report.txt"},
+         "tvxconv_tarnet_host: cannot load " + noLibrary + "\n"},
+        {{kTarnetHost, otherLibrary, library.dir, "report.txt"},
+         "tvxconv_tarnet_host: " + otherLibrary + " has no createTarnetProjectConverter\n"},
+    };
+    for (const auto& c : cases) {
+        const tests::ProgramResult result = tests::runProgram(c.command);
+        EXPECT_EQ(result.status, 2) << c.errors;
+        EXPECT_EQ(result.output, "") << c.errors;
+        EXPECT_EQ(result.errors, c.errors);
+    }
+    EXPECT_EQ(library.tree(), before);
 }
 
 }  // namespace

@@ -20,6 +20,7 @@
 #include "interface/IDraftelProjectConverter.h"
 #include "interface/ITarnetProjectConverter.h"
 #include "support/DraftelProject.h"
+#include "support/TarnetLibrary.h"
 #include "support/TestFolder.h"
 #include "support/wobjAllocations.h"
 
@@ -304,6 +305,29 @@ TEST(Slots, OfAConverterServeAHostThatKnowsNothingElse) {
     deleteBySlot(object);
 }
 
+TEST(Slots, OfATarnetConverterServeAHostThatKnowsNothingElse) {
+    const tests::TarnetLibrary library;
+    void* object = createTarnetProjectConverter(library.dir.c_str());
+    ASSERT_NE(object, nullptr);
+    string text = "left over";
+    Lines listing = {"before"};
+    EXPECT_EQ((callSlot<int, const string&>(object, 1, 0, string())), 0);
+    EXPECT_EQ((callSlot<string&>(object, 2, text)), 0);
+    EXPECT_EQ(text, "site");
+    EXPECT_EQ((callSlot<Lines&>(object, 3, listing)), 0);
+    EXPECT_EQ(listing, (Lines{"before", "", library.cfg, "    master.tag", library.view, "    master.tag"}));
+    EXPECT_EQ((callSlot<const Lines&, const string&>(object, 4, Lines{"line"}, "report.txt")), 0);
+    EXPECT_EQ(library.read("report.txt"),
+              "The conversion of the project was successful.\n\n"
+              "The new directory structure is as follows:\n\nline\n");
+    int code = 77;
+    EXPECT_EQ((callSlot<int&>(object, 5, code)), 0);
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ((callSlot<string&>(object, 6, text)), 0);
+    EXPECT_EQ(text, "");
+    deleteBySlot(object);
+}
+
 TEST(Slots, OfTheLoadedLibraryAreTheSame) {
     void* library = dlopen(TVXCONV_BIN_DIR "/libtvxconv.so", RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
@@ -347,6 +371,17 @@ TEST(Slots, OfTheLoadedLibraryAreTheSame) {
     EXPECT_EQ(code, 10102) << "one store for both kinds";
     EXPECT_EQ((callSlot<string&>(tarnet, 6, name)), 0);
     EXPECT_EQ(name, tests::createDirectoryError(folder.path("none/new")).message);
+    EXPECT_EQ((callSlot<int, const string&>(tarnet, 1, 0, string())), 10103);
+    EXPECT_EQ((callSlot<string&>(tarnet, 6, name)), 0);
+    EXPECT_EQ(name, tests::openDirectoryError(folder.path("library")).message);
+    EXPECT_EQ((callSlot<string&>(tarnet, 2, name)), 0);
+    EXPECT_EQ(name, folder.path().substr(folder.path().rfind('/') + 1));
+    EXPECT_EQ((callSlot<Lines&>(tarnet, 3, lines)), 0);
+    EXPECT_EQ(lines, Lines{"before"}) << "a library that cannot be opened has no lines";
+    const Lines report = {"line"};
+    EXPECT_EQ((callSlot<const Lines&, const string&>(tarnet, 4, report, "report.txt")), 10106);
+    EXPECT_EQ((callSlot<int&>(tarnet, 5, code)), 0);
+    EXPECT_EQ(code, 10106);
     deleteBySlot(tarnet);
 }
 
@@ -559,6 +594,7 @@ TEST(TarnetInterface, HasNothingToReturnBeforeAConversion) {
         Lines lines = {"before"};
         EXPECT_EQ(converter->getNewStructure(lines), 1);
         EXPECT_EQ(lines, Lines{"before"});
+        EXPECT_EQ(converter->writeReport({"line"}, "no such folder/report.txt"), 1);
         EXPECT_EQ(tests::lastError(), tests::LastError());
     }
     EXPECT_EQ(tests::treeOf(folder.path()), tests::Tree{});
@@ -580,6 +616,35 @@ TEST(TarnetInterface, HandsOutTheLastErrorAsItIs) {
     }
 }
 
+TEST(TarnetInterface, HandsOutWhatAConversionHasMade) {
+    const tests::TarnetLibrary library;
+    const TarnetPointer converter(createTarnetProjectConverter(library.dir.c_str()));
+    EXPECT_EQ(converter->convert(2, "/elsewhere"), 0);
+    string name = "left over";
+    EXPECT_EQ(converter->getLibraryParentName(name), 0);
+    EXPECT_EQ(name, "site");
+    Lines lines = {"before"};
+    EXPECT_EQ(converter->getNewStructure(lines), 0);
+    EXPECT_EQ(lines, (Lines{"before", "", library.cfg, "    master.tag", library.view, "    master.tag"}));
+    // Lines are handed on as they are, empty ones too.
+    EXPECT_EQ(converter->writeReport({"", "a", ""}, "report.txt"), 0);
+    EXPECT_EQ(library.read("report.txt"), string(kReportHead) + "\na\n\n");
+    EXPECT_EQ(tests::lastError(), tests::LastError());
+}
+
+TEST(TarnetInterface, HandsOutCodeAndMessageOfAFailure) {
+    const tests::TarnetLibrary library;
+    const string missing = library.path("none");
+    const TarnetPointer converter(createTarnetProjectConverter(missing.c_str()));
+    EXPECT_EQ(converter->convert(0, ""), 10103);
+    int code = 77;
+    EXPECT_EQ(converter->getLastErrorCode(code), 0);
+    EXPECT_EQ(code, 10103);
+    string message = "left over";
+    EXPECT_EQ(converter->getLastErrorMessage(message), 0);
+    EXPECT_EQ(message, tests::openDirectoryError(missing).message);
+}
+
 // --- without memory ---
 
 std::size_t openDescriptors() {
@@ -587,18 +652,23 @@ std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-// Runs `operation` with its n-th allocation and all later ones failing. Whether one failed; its status
-// then has to be 1.
+// Runs `operation` with its n-th allocation and all later ones failing. Whether one failed.
 template <class Operation>
-bool failsWithoutMemory(std::size_t n, Operation operation) {
+bool meetsLackOfMemory(std::size_t n, int& status, Operation operation) {
     wobjtest::failAllocation(n, wobjtest::Failing::forGood);
-    int status = -1;
     try {
         status = operation();
     } catch (...) {
         status = -2;  // an exception has left the library
     }
-    const bool failed = wobjtest::endFailing();
+    return wobjtest::endFailing();
+}
+
+// The same; the status of an operation that meets it has to be 1.
+template <class Operation>
+bool failsWithoutMemory(std::size_t n, Operation operation) {
+    int status = -1;
+    const bool failed = meetsLackOfMemory(n, status, operation);
     EXPECT_EQ(status, failed ? 1 : 0) << "at allocation " << n;
     return failed;
 }
@@ -717,17 +787,75 @@ TEST(WithoutMemory, OtherOperationsReturnOne) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
+void fillLibrary(const tests::TarnetLibrary& library) {
+    library.writeOld("a cell's models with a long name.lib", "* models\n");
+    library.writeOld("amp.net", ".INC \"a parameter file with a long name.par\"\n");
+    library.writeOld("amp.opt", "ext \"a design profile with a long name.mdp\"\n");
+    library.writeOld("tran.sim", "DataFile= \"C:\\a folder\\with a data file.dat\"\n+1 \"tran.dat\"\n");
+    library.writeOld("tran.sim.cir", ".LIB \"a cell's models with a long name.lib\"\n");
+    library.writeOld("tran.dat", "data");
+}
+
+TEST(WithoutMemory, ATarnetConversionReturnsOneAndClosesItsFiles) {
+    const std::size_t before = openDescriptors();
+    tests::Tree complete;
+    std::vector<tests::Tree> views;  // of the runs that ended well
+    forEachAllocation([&](std::size_t n) {
+        const tests::TarnetLibrary library;
+        fillLibrary(library);
+        const TarnetPointer converter(createTarnetProjectConverter(library.dir.c_str()));
+        int status = -1;
+        const bool failed =
+            meetsLackOfMemory(n, status, [&] { return converter->convert(0, string()); });
+        EXPECT_EQ(openDescriptors(), before) << "at allocation " << n;
+        if (!failed) {
+            EXPECT_EQ(status, 0);
+            complete = library.newView();
+            views.push_back(complete);
+        } else if (status == 0) {
+            // An old view that cannot be listed is passed over, whatever the reason; what is remembered of
+            // folders may be forgotten. The marker comes last.
+            views.push_back(library.existsNew("master.tag") ? library.newView() : tests::Tree());
+        } else {
+            EXPECT_EQ(status, 1) << "at allocation " << n;
+        }
+        return failed;
+    });
+    EXPECT_EQ(complete.count("master.tag"), 1U);
+    for (const tests::Tree& view : views) EXPECT_TRUE(view.empty() || view == complete);
+}
+
 TEST(WithoutMemory, TheTarnetInterfaceReturnsOneToo) {
-    const TarnetPointer converter(createTarnetProjectConverter("/library"));
+    const tests::TarnetLibrary library;
+    fillLibrary(library);
+    const TarnetPointer converter(createTarnetProjectConverter(library.dir.c_str()));
+    ASSERT_EQ(converter->convert(0, string()), 0);
     tvxconv::setLastErrorMessage("a message that is too long to be kept in place");
-    for (std::size_t n = 1; failsWithoutMemory(n,
-                                               [&] {
-                                                   string message;
-                                                   return converter->getLastErrorMessage(message);
-                                               });
-         ++n) {
-        ASSERT_LT(n, 100U);
+    const Lines report = {"line", "a line that is too long to be kept in place"};
+    const string reportName = "a report with a name that is too long to be kept in place.txt";
+    const std::size_t before = openDescriptors();
+    std::size_t n = 1;
+    while (failsWithoutMemory(n, [&] {
+        string message;
+        return converter->getLastErrorMessage(message);
+    })) {
+        ASSERT_LT(++n, 100U);
     }
+    // A folder that cannot be listed is left out, whatever the reason.
+    n = 1;
+    int status = -1;
+    while (meetsLackOfMemory(n, status, [&] {
+        Lines lines;
+        return converter->getNewStructure(lines);
+    })) {
+        EXPECT_TRUE(status == 0 || status == 1) << status << " at allocation " << n;
+        ASSERT_LT(++n, 10000U);
+    }
+    n = 1;
+    while (failsWithoutMemory(n, [&] { return converter->writeReport(report, reportName); })) {
+        ASSERT_LT(++n, 10000U);
+    }
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 }  // namespace

@@ -17,19 +17,24 @@ public:
     ITarnetProjectConverter& operator=(const ITarnetProjectConverter& other);
     virtual ~ITarnetProjectConverter();
 
-    // Converts the library that the object was made for; both arguments are ignored. This version has
-    // no Tarnet conversion: it touches nothing and returns 1.
+    // Converts the cells of the library that the object was made for; both arguments are ignored. A cell
+    // that has been converted is left alone. Returns 0; 1 when the library's path, or that of the folder it
+    // lies in, has no separator; or the code of a failure that ends the run: the library cannot be opened, or
+    // the new view of a cell cannot be made or marked. Cells before that one stay converted. A file that
+    // cannot be carried over ends the work on its cell alone: it is recorded as the last error and the
+    // status is 0.
     virtual int convert(int mode, const std::string& path) = 0;
 
     // The last component of the library's parent folder. Returns 1, with `name` empty, before a
     // conversion.
     virtual int getLibraryParentName(std::string& name) = 0;
 
-    // Appends the new structure to `lines`. Returns 1, with nothing appended, before a conversion.
+    // Appends the new structure to `lines`: every cell that has both views, also those converted earlier.
+    // Returns 1, with nothing appended, before a conversion.
     virtual int getNewStructure(std::vector<std::string>& lines) = 0;
 
     // Writes `lines` under a heading to the file `reportName` in the library folder. Returns 1 before a
-    // conversion.
+    // conversion, or the code of the failure when the file cannot be opened.
     virtual int writeReport(const std::vector<std::string>& lines, const std::string& reportName) = 0;
 
     // As in IDraftelProjectConverter, but `message` is always set.

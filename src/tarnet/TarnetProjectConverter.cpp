@@ -1,6 +1,7 @@
 #include "tarnet/TarnetProjectConverter.h"
 
 #include "converter/errors.h"
+#include "fsutil/files.h"
 #include "interface/guard.h"
 
 namespace tvxconv {
@@ -8,19 +9,13 @@ namespace tvxconv {
 TarnetProjectConverter::TarnetProjectConverter(const char* libraryPath) : ProjectConverter(libraryPath) {}
 
 int TarnetProjectConverter::convert(int, const std::string&) {
-    return 1;
+    const int status = guarded([&] { return convertLibrary(); });
+    fsutil::forgetFolders();
+    return status;
 }
 
 int TarnetProjectConverter::getLibraryParentName(std::string& name) {
     return guarded([&] { return readField(libraryParentName_, name); });
-}
-
-int TarnetProjectConverter::getNewStructure(std::vector<std::string>&) {
-    return 1;
-}
-
-int TarnetProjectConverter::writeReport(const std::vector<std::string>&, const std::string&) {
-    return 1;
 }
 
 int TarnetProjectConverter::getLastErrorCode(int& code) {
@@ -29,6 +24,33 @@ int TarnetProjectConverter::getLastErrorCode(int& code) {
 
 int TarnetProjectConverter::getLastErrorMessage(std::string& message) {
     return guarded([&] { return tvxconv::getLastErrorMessage(message); });
+}
+
+int TarnetProjectConverter::setCellName(const std::string& name) {
+    cellName_ = name;
+    return 0;
+}
+
+int TarnetProjectConverter::getCellName(std::string& name) const {
+    return readField(cellName_, name);
+}
+
+int TarnetProjectConverter::setLibraryDirectory(const std::string& path) {
+    libraryDirectory_ = path;
+    return 0;
+}
+
+int TarnetProjectConverter::getLibraryDirectory(std::string& path) const {
+    return readField(libraryDirectory_, path);
+}
+
+int TarnetProjectConverter::setLibraryParentName(const std::string& name) {
+    libraryParentName_ = name;
+    return 0;
+}
+
+int TarnetProjectConverter::getLibraryParentName(std::string& name) const {
+    return readField(libraryParentName_, name);
 }
 
 }  // namespace tvxconv

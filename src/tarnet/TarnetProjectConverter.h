@@ -1,11 +1,19 @@
 // TarnetProjectConverter.h
 //
-// The converter behind ITarnetProjectConverter. It knows its library and answers the questions that a
-// host may ask before a conversion; the conversion itself is not there yet, and convert says so with a
-// status.
+// The conversion of a Tarnet design library: a folder whose sub-folders are cells. A cell keeps its views in
+// sub-folders; a file "master.tag" says that a folder is a view. The old view "cfg_analog" has all simulation
+// files of the cell in one flat folder. A conversion makes the new view "tvx_sim_1" beside it, for each cell
+// that has the one and not yet the other: some files keep their names, some take the name of the cell, and
+// those of one simulation profile go to a folder of its own below "profiles". The old view is never changed.
+//
+// The operations stand in the order in which a conversion calls them, one source file each (see the comment at
+// each). Most work for one cell: they find its folders and its name in the object, where convertCell puts
+// them. All paths are built with "/". A status is 0 or the code of the failure, which has been reported; 1
+// means that something was missing and nothing is reported.
 
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,7 +28,8 @@ public:
     explicit TarnetProjectConverter(const char* libraryPath);
     ~TarnetProjectConverter() override = default;
 
-    // Touches nothing and returns 1.
+    // --- the exported interface, which at once overrides the operations of every converter ---
+
     int convert(int mode, const std::string& path) override;
     int getLibraryParentName(std::string& name) override;
     int getNewStructure(std::vector<std::string>& lines) override;
@@ -28,8 +37,98 @@ public:
     int getLastErrorCode(int& code) override;
     int getLastErrorMessage(std::string& message) override;
 
+    // --- what the steps share; getters return 1 and an empty text while a value is unset ---
+
+    // Extensions (without the leading "."): of files that keep their names, that take the name of the cell,
+    // and that go to the folder of a profile.
+    std::vector<std::string>& copyExtensions() { return copyExtensions_; }
+    std::vector<std::string>& cellExtensions() { return cellExtensions_; }
+    std::vector<std::string>& profileExtensions() { return profileExtensions_; }
+
+    // The cell that is being converted, or was last.
+    int setCellName(const std::string& name);
+    int getCellName(std::string& name) const;
+    // The library's folder, and the last component of the folder that it lies in.
+    int setLibraryDirectory(const std::string& path);
+    int getLibraryDirectory(std::string& path) const;
+    int setLibraryParentName(const std::string& name);
+    int getLibraryParentName(std::string& name) const;
+
+    // --- conversion.cpp ---
+
+    // Makes the new view of the cell whose old view is the folder `cfgAnalogDirectory`. Returns 1 when the
+    // path has no cell in it, or what relocateCellFiles returns.
+    int convertCell(const std::string& cfgAnalogDirectory);
+
+    // --- classification.cpp ---
+
+    // Appends the entries of the three lists above; returns 0.
+    int classifyCellFiles();
+    // Where the new view of the cell has the file of the old view, relative to the view's folder. Returns 1,
+    // with `place` empty, for a file that has none.
+    int placeInNewView(const std::string& fileName, std::string& place) const;
+
+    // --- relocation.cpp ---
+
+    // Fills the new view from the old one and marks it. The first file that fails ends the walk over the
+    // files; its error stays recorded, and the view is marked all the same. The status is that of making the
+    // new view's folder or of its marker. An old view that cannot be listed is 0, with no marker.
+    int relocateCellFiles();
+    // Copies a file of `sourceDirectory` into the new view under its own name.
+    int copyUnchanged(const std::string& sourceDirectory, const std::string& fileName);
+    // The same under the cell's name, rewriting netlist and optimizer file. A profile file ("sim") goes below
+    // "profiles" instead, under its own name, with a folder for its outputs.
+    int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
+                         const std::string& extension);
+    // Moves an output into the folder of its profile, which is made if need be.
+    int relocateProfileFile(const std::string& sourceDirectory, const std::string& fileName,
+                            const std::string& extension);
+    // Writes the file that marks the new view. It names the cell's netlist.
+    int writeViewMasterTag(const std::string& path);
+
+    // --- profileFile.cpp, netlists.cpp, optimizerFile.cpp ---
+    // Each writes a new file from an old one, its references rewritten. Statuses as with rewriteLines.
+
+    // Writes `sourceDirectory`/`fileName` as `profilesDirectory`/`fileName`. The files that its "+" lines name
+    // are copied into the profile's folder. A file that is not there, or may not be read, is 0, with nothing
+    // written.
+    int rewriteSimProfile(const std::string& sourceDirectory, const std::string& profilesDirectory,
+                          const std::string& fileName, const std::string& profileName,
+                          const std::string& cellName);
+    int rewriteNetlist(const std::string& sourcePath, const std::string& destinationPath,
+                       const std::string& cellName);
+    int rewriteCircuitIncludes(const std::string& sourceDirectory, const std::string& sourcePath,
+                               const std::string& destinationPath);
+    // The new form of a reference in a deck; `result` is empty when it is to stay as it is. Returns 0.
+    int relocateReference(const std::string& sourceDirectory, const std::string& name, std::string& result);
+    // The design profiles that it names without a folder are copied into `destinationDirectory`.
+    int rewriteOptimizerFile(const std::string& sourcePath, const std::string& destinationPath,
+                             const std::string& destinationDirectory);
+
 private:
-    std::string libraryParentName_;  // known after a conversion
+    // How a file of the old view comes into the new one.
+    enum class Road { none, unchanged, cell, profile };
+    // The folders of the new view that are known to be there: each is asked about once in a walk.
+    using ReadyFolders = std::set<std::string>;
+
+    int convertLibrary();
+    Road roadOf(const std::string& fileName, const std::string& extension) const;
+    int relocate(const std::string& sourceDirectory, const std::string& fileName, ReadyFolders& ready);
+    int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
+                         const std::string& extension, ReadyFolders& ready);
+    int relocateProfileFile(const std::string& sourceDirectory, const std::string& fileName,
+                            const std::string& extension, ReadyFolders& ready);
+    int ensureProfileFolder(const std::string& profile, ReadyFolders& ready) const;
+    void listCell(const std::string& cellFolder, std::vector<std::string>& lines) const;
+    int relocateDesignProfile(const std::string& value, const std::string& destinationDirectory,
+                              std::string& reference) const;
+
+    std::vector<std::string> copyExtensions_;
+    std::vector<std::string> cellExtensions_;
+    std::vector<std::string> profileExtensions_;
+    std::string cellName_;
+    std::string libraryDirectory_;
+    std::string libraryParentName_;
 };
 
 }  // namespace tvxconv

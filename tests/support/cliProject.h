@@ -136,6 +136,18 @@ inline const std::string kNewDeck =
 inline const std::string kOldNetlist = "* netlist\n.INC \"amp-SCHEMATIC1.par\"\nR1 a b 1k\n";
 inline const std::string kNewNetlist = "* netlist\n.INC \"../SCHEMATIC1.par\"\nR1 a b 1k\n";
 
+inline const std::string kOldOptimizer =
+    "sim \"amp-SCHEMATIC1-tran1.sim\" enabled\r\next \"corners.mdp\" \"worst case\"\r\n";
+inline const std::string kNewOptimizer =
+    "sim \"tran1.sim\" enabled\r\next \"corners.mdp\" \"worst case\"\r\n";
+inline const std::string kDesignProfile = "corners of the models\r\n";
+
+inline const std::string kOldAnalysis =
+    "(FILE_TYPE \"Advanced Analysis Profile\"\n (Profiles (\"amp-SCHEMATIC1-tran1\" 1)))\n";
+inline const std::string kNewAnalysis =
+    "(\"FILE_TYPE\"\t\"Advanced Analysis Profile\"\n    (\"Profiles\"\n        (\"tran1\"\t\"1\")\n    "
+    ")\n)\n";
+
 // The folder of the project "amp.opj" before a conversion.
 inline Tree smallProject() {
     return {
@@ -143,6 +155,9 @@ inline Tree smallProject() {
         {"amp.dsn", kDesign},
         {"amp.lib", kLibrary},
         {"amp-SCHEMATIC1.net", kOldNetlist},
+        {"amp-SCHEMATIC1.opt", kOldOptimizer},
+        {"amp-SCHEMATIC1.aap", kOldAnalysis},
+        {"corners.mdp", kDesignProfile},
         {"amp-SCHEMATIC1-tran1.sim", kOldProfile},
         {"amp-SCHEMATIC1-tran1.sim.cir", kOldDeck},
         {"amp-SCHEMATIC1-tran1.out", kOutput},
@@ -160,6 +175,9 @@ inline Tree convertedRoot() {
         {root + "amp.lib", kLibrary},
         {root + "SCHEMATIC1/", ""},
         {root + "SCHEMATIC1/SCHEMATIC1.net", kNewNetlist},
+        {root + "SCHEMATIC1/SCHEMATIC1.opt", kNewOptimizer},
+        {root + "SCHEMATIC1/SCHEMATIC1.aap", kNewAnalysis},
+        {root + "SCHEMATIC1/corners.mdp", kDesignProfile},
         {root + "SCHEMATIC1/tran1.sim", kNewProfile},
         {root + "SCHEMATIC1/tran1/", ""},
         {root + "SCHEMATIC1/tran1/tran1.cir", kNewDeck},
@@ -184,21 +202,33 @@ inline Tree convertedInPlace() {
     return tree;
 }
 
+// Where each file of the small project is after a conversion in place, by its old name.
+inline std::map<std::string, std::string> newPlaces() {
+    const std::string root = "amp-TevrixFiles/";
+    return {
+        {"amp.opj", "amp.opj"},
+        {"amp.dsn", "amp.dsn"},
+        {"amp.lib", root + "amp.lib"},
+        {"amp-SCHEMATIC1.net", root + "SCHEMATIC1/SCHEMATIC1.net"},
+        {"amp-SCHEMATIC1.opt", root + "SCHEMATIC1/SCHEMATIC1.opt"},
+        {"amp-SCHEMATIC1.aap", root + "SCHEMATIC1/SCHEMATIC1.aap"},
+        {"corners.mdp", root + "SCHEMATIC1/corners.mdp"},
+        {"amp-SCHEMATIC1-tran1.sim", root + "SCHEMATIC1/tran1.sim"},
+        {"amp-SCHEMATIC1-tran1.sim.cir", root + "SCHEMATIC1/tran1/tran1.cir"},
+        {"amp-SCHEMATIC1-tran1.out", root + "SCHEMATIC1/tran1/tran1.out"},
+        {"local/bench.txt", "local/bench.txt"},
+        {"notes.txt", "notes.txt"},
+    };
+}
+
 // What the program prints for it.
 inline std::vector<std::string> convertedListing(const std::string& destination) {
     const std::string root = destination + "/amp-TevrixFiles";
     return {
-        destination,
-        "    amp.opj",
-        "    amp.dsn",
-        root,
-        "    amp.lib",
-        root + "/SCHEMATIC1",
-        "    SCHEMATIC1.net",
-        "    tran1.sim",
-        root + "/SCHEMATIC1/tran1",
-        "    tran1.cir",
-        "    tran1.out",
+        destination,          "    amp.opj",        "    amp.dsn",     root,
+        "    amp.lib",        root + "/SCHEMATIC1", "    corners.mdp", "    SCHEMATIC1.aap",
+        "    SCHEMATIC1.net", "    SCHEMATIC1.opt", "    tran1.sim",   root + "/SCHEMATIC1/tran1",
+        "    tran1.cir",      "    tran1.out",
     };
 }
 

@@ -1,0 +1,101 @@
+#include "LibraryInspection.h"
+
+#include <filesystem>
+#include <map>
+#include <system_error>
+
+#include "converter/folderNames.h"
+#include "fsutil/files.h"
+#include "fsutil/letterCase.h"
+#include "fsutil/paths.h"
+#include "platform/platform.h"
+#include "tarnet/TarnetProjectConverter.h"
+#include "tarnet/views.h"
+
+namespace fsutil = tvxconv::fsutil;
+namespace platform = tvxconv::platform;
+
+namespace {
+
+// Those that are rewritten have another size afterwards.
+bool isRewritten(const std::string& fileName) {
+    std::string extension;
+    fsutil::extensionOf(fileName, extension);
+    for (const char* rewritten : {"sim", "net", "opt", "sim.cir"}) {
+        if (fsutil::equalIgnoringCase(extension, rewritten)) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+LibraryInspection inspectLibrary(const std::string& library) {
+    LibraryInspection result;
+    tvxconv::forEachName(library, [&](const std::string& cell) {
+        if (!tvxconv::isCellName(cell)) return true;
+        if (isConverted(library, cell)) {
+            ++result.convertedBefore;
+        } else if (tvxconv::isView(library + "/" + cell + "/" + tvxconv::kOldView)) {
+            result.toConvert.push_back(cell);
+        }
+        return true;
+    });
+    return result;
+}
+
+bool isConverted(const std::string& library, const std::string& cell) {
+    return tvxconv::isView(library + "/" + cell + "/" + tvxconv::kNewView);
+}
+
+void removeUnfinishedMark(const std::string& library, const std::string& cell) {
+    const std::string path =
+        library + "/" + cell + "/" + tvxconv::kNewView + "/" + tvxconv::kViewMarker;
+    platform::FileStatus status;
+    const bool isEmptyFile = platform::getStatus(path.c_str(), status) == 0 &&
+                             status.kind == platform::FileKind::regular && status.size == 0;
+    if (isEmptyFile) fsutil::deleteFile(path);
+}
+
+std::string fileNotCarried(const std::string& library, const std::string& cell) {
+    tvxconv::TarnetProjectConverter converter(library.c_str());
+    converter.classifyCellFiles();
+    converter.setCellName(cell);
+    const std::string oldView = library + "/" + cell + "/" + tvxconv::kOldView;
+    const std::string newView = library + "/" + cell + "/" + tvxconv::kNewView;
+    // Of several files for one place the last one is there.
+    std::map<std::string, std::string> sources;
+    tvxconv::forEachName(oldView, [&](const std::string& fileName) {
+        std::string place;
+        if (converter.placeInNewView(fileName, place) == 0) sources[place] = fileName;
+        return true;
+    });
+    for (const auto& [place, fileName] : sources) {
+        platform::FileStatus oldFile;
+        platform::FileStatus newFile;
+        const bool isThere = platform::getStatus((oldView + "/" + fileName).c_str(), oldFile) == 0 &&
+                             platform::getStatus((newView + "/" + place).c_str(), newFile) == 0 &&
+                             newFile.kind == platform::FileKind::regular;
+        if (!isThere || (!isRewritten(fileName) && oldFile.size != newFile.size)) {
+            return oldView + "/" + fileName;
+        }
+    }
+    return {};
+}
+
+bool isInView(const std::string& library, const std::string& file) {
+    std::error_code error;
+    const auto plain = [&](const std::string& path) {
+        return std::filesystem::weakly_canonical(path, error).generic_string();
+    };
+    const std::string path = plain(file);
+    const std::string folder = plain(library);
+    std::string below;
+    if (error || !fsutil::isBelowFolder(path, folder)) return false;
+    fsutil::relativeToFolder(path, folder, below);
+    // "./CELL/VIEW/..."
+    const std::size_t cellEnd = below.find('/', 2);
+    if (cellEnd == std::string::npos) return false;
+    const std::string view = below.substr(cellEnd + 1, below.find('/', cellEnd + 1) - cellEnd - 1);
+    return fsutil::equalIgnoringCase(view, tvxconv::kOldView) ||
+           fsutil::equalIgnoringCase(view, tvxconv::kNewView);
+}

@@ -1,0 +1,234 @@
+#include "tarnetCommand.h"
+
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <system_error>
+
+#include "LibraryInspection.h"
+#include "ProgressLine.h"
+#include "converter/errors.h"
+#include "fsutil/paths.h"
+#include "interface/ITarnetProjectConverter.h"
+#include "interruption.h"
+#include "platform/platform.h"
+#include "report.h"
+#include "tarnet/views.h"
+
+namespace fsutil = tvxconv::fsutil;
+namespace platform = tvxconv::platform;
+
+namespace {
+
+// What became of the cells that a run was to convert.
+struct Outcome {
+    struct Failure {
+        std::string cell;
+        bool isMarked = false;
+        std::string reason;
+    };
+    std::size_t converted = 0;
+    std::size_t notReached = 0;
+    std::vector<Failure> failures;
+};
+
+int endWith(const LibraryResult& result, const TarnetOptions& options, int exitStatus) {
+    return printResult(result, options.json) ? exitStatus : kNotConverted;
+}
+
+int refuse(const std::string& reason, const TarnetOptions& options, int exitStatus) {
+    tell(reason + ". Nothing has been changed.");
+    LibraryResult result;
+    result.status = 1;
+    result.errorMessage = reason;
+    return endWith(result, options, exitStatus);
+}
+
+void readLastError(ITarnetProjectConverter& converter, LibraryResult& result) {
+    converter.getLastErrorCode(result.errorCode);
+    converter.getLastErrorMessage(result.errorMessage);
+}
+
+std::string folderOfCell(const TarnetOptions& options, const std::string& cell) {
+    return options.library + "/" + cell;
+}
+
+// "Converting LIBRARY: 3 of 12 cells, 70 files". Cells are converted one after the other and marked at their
+// end, so the disk tells how far the conversion is. It is asked by way of the standard library, as this runs
+// beside the conversion.
+class CellCount {
+public:
+    CellCount(const TarnetOptions& options, const LibraryInspection& inspection)
+        : options_(options), inspection_(inspection) {}
+
+    std::string operator()() {
+        const std::vector<std::string>& cells = inspection_.toConvert;
+        std::error_code ignored;
+        while (done_ < cells.size() &&
+               std::filesystem::exists(folderOfCell(options_, cells[done_]) + "/" + tvxconv::kNewView + "/" +
+                                           tvxconv::kViewMarker,
+                                       ignored)) {
+            ++done_;
+        }
+        return "Converting " + options_.library + ": " + std::to_string(done_) + " of " +
+               std::to_string(cells.size()) + " cells, " + std::to_string(platform::filesWritten()) + " files";
+    }
+
+private:
+    const TarnetOptions& options_;
+    const LibraryInspection& inspection_;
+    std::size_t done_ = 0;
+};
+
+void convert(const TarnetOptions& options, const LibraryInspection& inspection,
+             ITarnetProjectConverter& converter, LibraryResult& result) {
+    {
+        const ProgressLine progress(CellCount(options, inspection));
+        const Interruptible interruptible;
+        result.status = converter.convert(0, std::string());
+    }
+    readLastError(converter, result);
+    if (!wasInterrupted()) return;
+    if (result.status == 0) result.status = 1;
+    for (const std::string& cell : inspection.toConvert) removeUnfinishedMark(options.library, cell);
+}
+
+// Whether the last error is about a file of the cell: its message names that first.
+bool isNamedIn(const LibraryResult& result, const std::string& cellFolder) {
+    return result.errorCode != 0 && result.errorMessage.find("\"" + cellFolder + "/") != std::string::npos;
+}
+
+// The cell that a run ended at: of those that are not marked the one that the last error names, else the first.
+std::string lastCell(const TarnetOptions& options, const LibraryInspection& inspection,
+                     const LibraryResult& result) {
+    std::string first;
+    if (result.status == 0) return first;
+    for (const std::string& cell : inspection.toConvert) {
+        if (isConverted(options.library, cell)) continue;
+        if (isNamedIn(result, folderOfCell(options, cell))) return cell;
+        if (first.empty()) first = cell;
+    }
+    return first;
+}
+
+// Why the cell is not complete; empty when it is. Where no error has been recorded every cell that is marked
+// is; of several errors only the last one is known.
+std::string failureOf(const TarnetOptions& options, const std::string& cell, bool isMarked,
+                      const LibraryResult& result) {
+    const std::string folder = folderOfCell(options, cell);
+    if (isNamedIn(result, folder)) {
+        return result.errorMessage + " (error " + std::to_string(result.errorCode) + ")";
+    }
+    if (isMarked && result.errorCode == 0) return {};
+    if (const std::string file = fileNotCarried(options.library, cell); !file.empty()) {
+        return "The file " + inQuotes(file) + " has not been carried over in full.";
+    }
+    return isMarked ? std::string() : "It could not be converted.";
+}
+
+Outcome outcomeOf(const TarnetOptions& options, const LibraryInspection& inspection,
+                  const LibraryResult& result) {
+    Outcome outcome;
+    const std::string last = lastCell(options, inspection, result);
+    bool hasEnded = false;
+    for (const std::string& cell : inspection.toConvert) {
+        if (hasEnded) {
+            ++outcome.notReached;
+            continue;
+        }
+        hasEnded = cell == last;
+        const bool isMarked = isConverted(options.library, cell);
+        const std::string reason = failureOf(options, cell, isMarked, result);
+        if (reason.empty()) {
+            ++outcome.converted;
+        } else {
+            outcome.failures.push_back({cell, isMarked, reason});
+        }
+    }
+    return outcome;
+}
+
+void tellOutcome(const TarnetOptions& options, const LibraryInspection& inspection,
+                 const LibraryResult& result) {
+    const Outcome outcome = outcomeOf(options, inspection, result);
+    bool isErrorTold = false;
+    for (const Outcome::Failure& failure : outcome.failures) {
+        isErrorTold = isErrorTold || failure.reason.starts_with(result.errorMessage);
+        tell("cell " + inQuotes(failure.cell) + ": " + failure.reason);
+        if (!failure.isMarked) continue;
+        tell("cell " + inQuotes(failure.cell) + " counts as converted all the same; remove " +
+             inQuotes(folderOfCell(options, failure.cell) + "/" + tvxconv::kNewView) +
+             " to have it converted anew");
+    }
+    if (!isErrorTold) tellError(result);
+    if (wasInterrupted()) tell("interrupted");
+    std::string summary =
+        "cells found: " + std::to_string(inspection.convertedBefore + inspection.toConvert.size()) +
+        ", converted: " + std::to_string(outcome.converted) +
+        ", skipped as converted already: " + std::to_string(inspection.convertedBefore) +
+        ", failed: " + std::to_string(outcome.failures.size());
+    if (outcome.notReached != 0) summary += ", not reached: " + std::to_string(outcome.notReached);
+    tell(summary);
+}
+
+// Prints the new structure, and writes the report if there is to be one.
+int conclude(const TarnetOptions& options, ITarnetProjectConverter& converter, LibraryResult& result) {
+    converter.getNewStructure(result.structure);
+    if (options.report.empty()) return endWith(result, options, kConverted);
+    result.status = converter.writeReport(result.structure, options.report);
+    if (result.status == 0) return endWith(result, options, kConverted);
+    readLastError(converter, result);
+    tellError(result);
+    return endWith(result, options, kNotConverted);
+}
+
+// What the library needs and has not; empty when nothing is missing.
+std::string refusal(const TarnetOptions& options) {
+    std::string parent;
+    std::string parentName;
+    if (fsutil::folderOf(options.library, parent) != 0 || fsutil::fileNameOf(parent, parentName) != 0) {
+        return inQuotes(options.library) +
+               " lies directly below the root of the file system. A library has to lie in a folder with a name";
+    }
+    return {};
+}
+
+void tellWhyNotOpened(const TarnetOptions& options) {
+    platform::FileStatus status;
+    if (wasInterrupted()) {
+        tell("interrupted");
+    } else if (platform::getStatus(options.library.c_str(), status) != 0) {
+        tell("There is no folder of this name. Check the name of the library.");
+    } else if (status.kind != platform::FileKind::folder) {
+        tell("This is not a folder. A library is the folder that has the cells.");
+    }
+    tell("Nothing has been changed.");
+}
+
+}  // namespace
+
+int runTarnetCommand(const TarnetOptions& options) {
+    if (const std::string reason = refusal(options); !reason.empty()) {
+        return refuse(reason, options, kNotConverted);
+    }
+    if (!options.report.empty() && isInView(options.library, options.library + "/" + options.report)) {
+        return refuse("--report " + inQuotes(options.report) + " would be written into a view of a cell", options,
+                      kWrongCommandLine);
+    }
+    const std::unique_ptr<ITarnetProjectConverter> converter(
+        createTarnetProjectConverter(options.library.c_str()));
+    if (converter == nullptr) throw std::bad_alloc();
+    watchForInterrupts();
+    const LibraryInspection inspection = inspectLibrary(options.library);
+    LibraryResult result;
+    convert(options, inspection, *converter, result);
+    converter->getLibraryParentName(result.libraryParentName);
+    if (result.status == tvxconv::ERR_OPEN_DIRECTORY) {
+        tellError(result);
+        tellWhyNotOpened(options);
+        return endWith(result, options, kNotConverted);
+    }
+    tellOutcome(options, inspection, result);
+    if (result.status != 0) return endWith(result, options, kNotConverted);
+    return conclude(options, *converter, result);
+}

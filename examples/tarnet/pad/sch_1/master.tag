@@ -1,0 +1,1 @@
+page1.txt

@@ -1,0 +1,70 @@
+// What the library looks like: the listing of all cells that have both views, whichever run converted them,
+// and the report file.
+
+#include "converter/folderNames.h"
+#include "converter/structure.h"
+#include "fsutil/files.h"
+#include "fsutil/paths.h"
+#include "interface/guard.h"
+#include "tarnet/TarnetProjectConverter.h"
+#include "tarnet/views.h"
+
+namespace tvxconv {
+namespace {
+
+// Of the old view only these are listed.
+constexpr const char* kListedOldFiles[] = {kViewMarker, "expand.cfg"};
+
+bool isFolder(const std::string& path) {
+    bool flag = false;
+    fsutil::isDirectory(path, flag);
+    return flag;
+}
+
+// Lists a folder of the new view and those in it, `levels` deep.
+void listFolders(const std::string& folder, int levels, std::vector<std::string>& lines) {
+    std::vector<std::string> subFolders;
+    listFolder(folder, lines, subFolders);
+    if (levels == 1) return;
+    for (const std::string& name : subFolders) listFolders(folder + "/" + name, levels - 1, lines);
+}
+
+}  // namespace
+
+int TarnetProjectConverter::getNewStructure(std::vector<std::string>& lines) {
+    return guarded([&] {
+        int mode = 0;
+        if (getMode(mode) != 0 || mode != 1) return 1;
+        std::string library;
+        fsutil::toForwardSlashes(libraryDirectory_, library);
+        forEachName(library, [&](const std::string& cell) {
+            if (isCellName(cell)) listCell(library + "/" + cell, lines);
+            return true;
+        });
+        return 0;
+    });
+}
+
+void TarnetProjectConverter::listCell(const std::string& cellFolder, std::vector<std::string>& lines) const {
+    const std::string oldView = cellFolder + "/" + kOldView;
+    const std::string newView = cellFolder + "/" + kNewView;
+    if (!isFolder(oldView) || !isFolder(newView)) return;
+    lines.emplace_back();
+    lines.push_back(oldView);
+    for (const char* name : kListedOldFiles) {
+        if (fsutil::isPresentFile(oldView + "/" + name)) lines.push_back(std::string(kIndent) + name);
+    }
+    // The view, its folder of profiles, their folders.
+    constexpr int kLevels = 3;
+    listFolders(newView, kLevels, lines);
+}
+
+int TarnetProjectConverter::writeReport(const std::vector<std::string>& lines,
+                                        const std::string& reportName) {
+    return guarded([&] {
+        if (libraryDirectory_.empty()) return 1;
+        return writeReportFile(libraryDirectory_ + "/" + reportName, lines);
+    });
+}
+
+}  // namespace tvxconv

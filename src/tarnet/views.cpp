@@ -1,0 +1,31 @@
+#include "tarnet/views.h"
+
+#include "converter/outputNames.h"
+#include "fsutil/files.h"
+#include "fsutil/letterCase.h"
+
+namespace tvxconv {
+
+using fsutil::equalIgnoringCase;
+
+bool isCellName(const std::string& name) {
+    return name.find('.') == std::string::npos;
+}
+
+bool isView(const std::string& folder) {
+    return fsutil::isPresentFile(folder + "/" + kViewMarker);
+}
+
+std::string newCellFileName(const std::string& cell, const std::string& extension) {
+    // Other files of the new view name the netlist; it is called the same in all.
+    for (const char* rewritten : {kNetlist, kOptimizerFile}) {
+        if (equalIgnoringCase(extension, rewritten)) return cell + "." + rewritten;
+    }
+    return cell + (equalIgnoringCase(extension, kPartProperties) ? "_sch." : ".") + extension;
+}
+
+std::string newProfileFileName(const std::string& profile, const std::string& extension) {
+    return profile + "." + newOutputExtension(extension);
+}
+
+}  // namespace tvxconv

@@ -1,0 +1,35 @@
+// views.h
+//
+// The two views of a cell: their folders, the file that marks a folder as a view, and what files are called in
+// the new one.
+
+#pragma once
+
+#include <string>
+
+namespace tvxconv {
+
+constexpr const char* kOldView = "cfg_analog";
+constexpr const char* kNewView = "tvx_sim_1";
+constexpr const char* kViewMarker = "master.tag";
+// The folder in the new view that has the profile files, and a folder for each profile.
+constexpr const char* kProfilesFolder = "profiles";
+
+// Extensions that are treated in a way of their own.
+constexpr const char* kProfileFile = "sim";
+constexpr const char* kNetlist = "net";
+constexpr const char* kOptimizerFile = "opt";
+constexpr const char* kPartProperties = "prp";
+
+// Whether an entry of a library may be a cell: their names have no ".".
+bool isCellName(const std::string& name);
+
+// Whether the folder is marked as a view. A marker that may not be read counts as absent.
+bool isView(const std::string& folder);
+
+// The name, in the new view, of a file that takes the cell's; and of one that takes its profile's, in the
+// profile's folder.
+std::string newCellFileName(const std::string& cell, const std::string& extension);
+std::string newProfileFileName(const std::string& profile, const std::string& extension);
+
+}  // namespace tvxconv
