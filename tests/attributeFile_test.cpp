@@ -339,6 +339,18 @@ TEST_F(AttributeFiles, WriteToTheOpenedPathIgnoringCase) {
     }
 }
 
+TEST_F(AttributeFiles, WriteToTheOpenedPathWhereItsTwinIsAnotherFile) {
+    const string path = folder_.write("a.aap", "(FILE_TYPE \"PMAP File\" (a 1))");
+    folder_.write("A.AAP", "the twin");
+    AttributeFile file(0);
+    EXPECT_EQ(file.open(path.c_str()), 1003);
+    EXPECT_EQ(file.read(), 1009);
+    file.close();
+    EXPECT_EQ(file.write(folder_.path("A.AAP").c_str()), 1007);
+    EXPECT_EQ(folder_.read("a.aap"), "(\"FILE_TYPE\"\t\"PMAP File\"\n    (\"a\"\t\"1\")\n)\n");
+    EXPECT_EQ(folder_.read("A.AAP"), "the twin");
+}
+
 TEST_F(AttributeFiles, LeaveAFileAloneThatIsStillOpen) {
     const string text = "(FILE_TYPE \"PMAP File\" (a 1))";
     for (const bool named : {false, true}) {

@@ -89,6 +89,22 @@ protected:
 
 // --- lines that name profile files ---
 
+TEST_F(OptimizerFile, TheNewNameOfAProfileFileIsMadeFromNothing) {
+    struct Case {
+        const char* oldName;
+        int status;
+        const char* newName;
+    };
+    for (const Case& entry : {Case{"bench.sim", 0, "AC sweep.sim"}, Case{"BENCH", 0, "AC sweep.sim"},
+                              Case{"bench.sim.cir", 0, "AC sweep.sim"}, Case{"nobody.sim", 1, ""},
+                              Case{".\\bench.sim", 1, ""}, Case{"", 1, ""}}) {
+        std::string newName = "left over";
+        EXPECT_EQ(project_.converter.newProfileFileName(newName, entry.oldName), entry.status)
+            << entry.oldName;
+        EXPECT_EQ(newName, entry.newName) << entry.oldName;
+    }
+}
+
 TEST_F(OptimizerFile, NamesProfilesAsTheyAreCalledNow) {
     expectLines({
         {"sim \"amp-S1-tran.sim\"", "sim \"tran.sim\""},

@@ -1,6 +1,7 @@
 #include "converter/errors.h"
 
 #include <iterator>
+#include <utility>
 
 namespace tvxconv {
 namespace {
@@ -30,9 +31,12 @@ struct LastError {
     std::uint64_t reports = 0;
 };
 
+// Set in a thread that has errors of its own.
+thread_local LastError* ownError = nullptr;
+
 LastError& lastError() {
     static LastError error;
-    return error;
+    return ownError != nullptr ? *ownError : error;
 }
 
 }  // namespace
@@ -91,10 +95,27 @@ int reportError(int code, const std::string& source, const std::string& destinat
         message.replace(first, 2, source.c_str());
     }
     if (message.size() > kMostMessageBytes) message.resize(kMostMessageBytes);
+    recordError(code, message);
+    return code;
+}
+
+void recordError(int code, const std::string& message) {
     setLastErrorCode(code);
     setLastErrorMessage(message);
     ++lastError().reports;
-    return code;
+}
+
+OwnErrors::OwnErrors() {
+    ownError = new LastError();
+}
+
+OwnErrors::~OwnErrors() {
+    delete std::exchange(ownError, nullptr);
+}
+
+int OwnErrors::take(std::string& message) {
+    message = std::exchange(lastError().message, {});
+    return std::exchange(lastError().code, 0);
 }
 
 std::uint64_t countReportedErrors() {

@@ -47,6 +47,22 @@ int getLastErrorMessage(std::string& text);
 int reportError(int code, const std::string& path);
 int reportError(int code, const std::string& source, const std::string& destination);
 
+// Records what has been reported elsewhere, as reportError does.
+void recordError(int code, const std::string& message);
+
+// What one thread reports while it works beside another. From construction to destruction, which are in that
+// thread, its errors are kept here, and the process's last error stays as it is.
+class OwnErrors {
+public:
+    OwnErrors();
+    ~OwnErrors();
+    OwnErrors(const OwnErrors&) = delete;
+    OwnErrors& operator=(const OwnErrors&) = delete;
+
+    // The last error since the call before: its code, 0 when there was none, and its message.
+    static int take(std::string& message);
+};
+
 // How often reportError has been called in this process: whether an error is still the last.
 std::uint64_t countReportedErrors();
 

@@ -59,6 +59,8 @@ public:
     // Makes the new view of the cell whose old view is the folder `cfgAnalogDirectory`. Returns 1 when the
     // path has no cell in it, or what relocateCellFiles returns.
     int convertCell(const std::string& cfgAnalogDirectory);
+    // Puts the cell's folders and its name into the object. Returns 0, or 1 as convertCell.
+    int enterCell(const std::string& cfgAnalogDirectory);
 
     // --- classification.cpp ---
 
@@ -74,6 +76,8 @@ public:
     // files; its error stays recorded, and the view is marked all the same. The status is that of making the
     // new view's folder or of its marker. An old view that cannot be listed is 0, with no marker.
     int relocateCellFiles();
+    // Its last step: moves the files of these names in their order, and marks the view.
+    int fillNewView(const std::vector<std::string>& fileNames);
     // Copies a file of `sourceDirectory` into the new view under its own name.
     int copyUnchanged(const std::string& sourceDirectory, const std::string& fileName);
     // The same under the cell's name, rewriting netlist and optimizer file. A profile file ("sim") goes below
@@ -112,6 +116,9 @@ private:
     using ReadyFolders = std::set<std::string>;
 
     int convertLibrary();
+    int convertCells(const std::vector<std::string>& names);
+    int makeNewView() const;
+    int fillFromOldView();
     Road roadOf(const std::string& fileName, const std::string& extension) const;
     int relocate(const std::string& sourceDirectory, const std::string& fileName, ReadyFolders& ready);
     int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,

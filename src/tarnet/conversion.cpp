@@ -3,6 +3,7 @@
 #include "converter/errors.h"
 #include "converter/folderNames.h"
 #include "fsutil/paths.h"
+#include "tarnet/CellAhead.h"
 #include "tarnet/TarnetProjectConverter.h"
 #include "tarnet/views.h"
 
@@ -11,6 +12,39 @@ namespace {
 
 // The mode of every Tarnet conversion: the one that the listing asks for.
 constexpr int kLibraryMode = 1;
+
+// Cells that are converted by one thread before a second one is worth its start.
+constexpr std::size_t kCellsAlone = 4;
+
+// The cells of a library one after the other, each looked at when its turn comes.
+class CellWalk {
+public:
+    CellWalk(const std::string& library, const std::vector<std::string>& names)
+        : library_(library), names_(names) {}
+
+    // The old view of the next cell that is to be converted; empty at the end.
+    std::string next() {
+        while (at_ < names_.size()) {
+            const std::string cellFolder = library_ + "/" + names_[at_++];
+            if (isToBeConverted(cellFolder)) return cellFolder + "/" + kOldView;
+        }
+        return {};
+    }
+
+    // Whether a cell that was to be converted still is: two cells may be links to one folder.
+    bool isLeft(const std::string& oldView) const {
+        return isToBeConverted(oldView.substr(0, oldView.rfind('/')));
+    }
+
+private:
+    static bool isToBeConverted(const std::string& cellFolder) {
+        return !isView(cellFolder + "/" + kNewView) && isView(cellFolder + "/" + kOldView);
+    }
+
+    const std::string& library_;
+    const std::vector<std::string>& names_;
+    std::size_t at_ = 0;
+};
 
 }  // namespace
 
@@ -24,18 +58,43 @@ int TarnetProjectConverter::convertLibrary() {
     setLibraryDirectory(library);
     setLibraryParentName(parentName);
     classifyCellFiles();
-    int status = 0;
-    const int opened = forEachName(library, [&](const std::string& cell) {
-        if (!isCellName(cell)) return true;
-        const std::string cellFolder = library + "/" + cell;
-        if (isView(cellFolder + "/" + kNewView) || !isView(cellFolder + "/" + kOldView)) return true;
-        status = convertCell(cellFolder + "/" + kOldView);
-        return status == 0;
+    std::vector<std::string> names;
+    const int opened = forEachName(library, [&](const std::string& name) {
+        if (isCellName(name)) names.push_back(name);
+        return true;
     });
-    return opened == 0 ? status : reportError(ERR_OPEN_DIRECTORY, library);
+    return opened == 0 ? convertCells(names) : reportError(ERR_OPEN_DIRECTORY, library);
+}
+
+int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) {
+    CellWalk walk(libraryDirectory_, names);
+    CellAhead ahead(*this);
+    std::size_t converted = 0;
+    for (std::string oldView = walk.next(); !oldView.empty();) {
+        if (const int status = enterCell(oldView); status != 0) return status;
+        if (const int status = makeNewView(); status != 0) return status;
+        const bool looksAhead = converted >= kCellsAlone && CellAhead::isPossible();
+        const std::string following = looksAhead ? walk.next() : std::string();
+        const bool isAhead = !following.empty() && ahead.begin(following);
+        if (const int status = fillFromOldView(); status != 0) return status;
+        ++converted;
+        if (isAhead) {
+            enterCell(following);
+            if (const int status = ahead.accept(); status != 0) return status;
+            ++converted;
+        }
+        const bool isNext = !isAhead && !following.empty() && walk.isLeft(following);
+        oldView = isNext ? following : walk.next();
+    }
+    return 0;
 }
 
 int TarnetProjectConverter::convertCell(const std::string& cfgAnalogDirectory) {
+    const int status = enterCell(cfgAnalogDirectory);
+    return status == 0 ? relocateCellFiles() : status;
+}
+
+int TarnetProjectConverter::enterCell(const std::string& cfgAnalogDirectory) {
     setProjectDir(cfgAnalogDirectory);
     setSourceDir(cfgAnalogDirectory);
     std::string cellFolder;
@@ -48,7 +107,7 @@ int TarnetProjectConverter::convertCell(const std::string& cfgAnalogDirectory) {
     setCellName(cell);
     setProjectPath(cfgAnalogDirectory + "/" + cell + ".opj");
     setNewProjectPath(newView + "/" + cell + ".opj");
-    return relocateCellFiles();
+    return 0;
 }
 
 }  // namespace tvxconv

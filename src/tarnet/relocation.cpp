@@ -14,15 +14,36 @@
 namespace tvxconv {
 
 int TarnetProjectConverter::relocateCellFiles() {
+    const int status = makeNewView();
+    return status == 0 ? fillFromOldView() : status;
+}
+
+int TarnetProjectConverter::makeNewView() const {
+    std::string newView;
+    getDestinationDir(newView);
+    return ensureDirectoryOrReport(newView);
+}
+
+int TarnetProjectConverter::fillFromOldView() {
+    std::string oldView;
+    getProjectDir(oldView);
+    std::vector<std::string> names;
+    const int listed = forEachName(oldView, [&](const std::string& name) {
+        names.push_back(name);
+        return true;
+    });
+    return listed == 0 ? fillNewView(names) : 0;
+}
+
+int TarnetProjectConverter::fillNewView(const std::vector<std::string>& fileNames) {
     std::string newView;
     std::string oldView;
     getDestinationDir(newView);
-    if (const int status = ensureDirectoryOrReport(newView); status != 0) return status;
     getProjectDir(oldView);
     ReadyFolders ready;
-    const int listed = forEachName(
-        oldView, [&](const std::string& fileName) { return relocate(oldView, fileName, ready) == 0; });
-    if (listed != 0) return 0;
+    for (const std::string& fileName : fileNames) {
+        if (relocate(oldView, fileName, ready) != 0) break;
+    }
     return writeViewMasterTag(newView + "/" + kViewMarker);
 }
 

@@ -1,0 +1,129 @@
+#include "tarnet/CellAhead.h"
+
+#include <new>
+#include <system_error>
+#include <utility>
+
+#include "converter/errors.h"
+#include "converter/folderNames.h"
+#include "fsutil/files.h"
+#include "platform/platform.h"
+
+namespace tvxconv {
+namespace {
+
+constexpr int kFolderMode = 0777;
+
+// Removes a folder with all in it. What cannot be removed stays.
+void removeTree(const std::string& folder) {
+    forEachName(folder, [&](const std::string& name) {
+        if (name == "." || name == "..") return true;
+        const std::string path = folder + "/" + name;
+        if (fsutil::deleteFile(path) != 0) removeTree(path);
+        return true;
+    });
+    platform::removeFolder(folder.c_str());
+}
+
+}  // namespace
+
+CellAhead::CellAhead(TarnetProjectConverter& owner) : converter_(nullptr) {
+    converter_.copyExtensions() = owner.copyExtensions();
+    converter_.cellExtensions() = owner.cellExtensions();
+    converter_.profileExtensions() = owner.profileExtensions();
+}
+
+CellAhead::~CellAhead() {
+    try {
+        takeBack();
+    } catch (...) {  // no memory to remove it: it stays, without a mark or with one
+    }
+    if (!thread_.joinable()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        isEnding_ = true;
+    }
+    changed_.notify_all();
+    thread_.join();
+}
+
+bool CellAhead::isPossible() {
+    return std::thread::hardware_concurrency() > 1;
+}
+
+bool CellAhead::begin(const std::string& oldView) {
+    if (!canWork_) return false;
+    fileNames_.clear();
+    const int listed = forEachName(oldView, [&](const std::string& name) {
+        fileNames_.push_back(name);
+        return true;
+    });
+    if (listed != 0 || converter_.enterCell(oldView) != 0) return false;
+    if (!thread_.joinable()) {
+        try {
+            thread_ = std::thread([this] { run(); });
+        } catch (const std::system_error&) {
+            canWork_ = false;
+            return false;
+        }
+    }
+    converter_.getDestinationDir(newView_);
+    if (fsutil::makeDirectory(newView_.c_str(), kFolderMode) != 0) return false;
+    {
+        const std::lock_guard lock(mutex_);
+        state_ = State::working;
+    }
+    changed_.notify_all();
+    return true;
+}
+
+int CellAhead::accept() {
+    wait();
+    if (thrown_) {
+        takeBack();
+        std::rethrow_exception(std::exchange(thrown_, nullptr));
+    }
+    state_ = State::idle;
+    if (errorCode_ != 0) recordError(errorCode_, errorMessage_);
+    return status_;
+}
+
+void CellAhead::takeBack() {
+    if (state_ == State::idle) return;
+    wait();
+    state_ = State::idle;
+    removeTree(newView_);
+}
+
+void CellAhead::wait() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return state_ != State::working; });
+}
+
+void CellAhead::run() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        changed_.wait(lock, [this] { return isEnding_ || state_ == State::working; });
+        if (state_ != State::working) return;
+        lock.unlock();
+        convert();
+        lock.lock();
+        state_ = State::done;
+        changed_.notify_all();
+    }
+}
+
+void CellAhead::convert() {
+    thrown_ = nullptr;
+    try {
+        const OwnErrors errors;
+        if (platform::beginOwnFolders() != 0) throw std::bad_alloc();
+        status_ = converter_.fillNewView(fileNames_);
+        errorCode_ = OwnErrors::take(errorMessage_);
+    } catch (...) {
+        thrown_ = std::current_exception();
+    }
+    platform::endOwnFolders();
+}
+
+}  // namespace tvxconv
