@@ -15,13 +15,6 @@ namespace {
 
 constexpr const char* kFolderName = "/tvxconv-old-files";
 
-bool isOneFile(const std::string& a, const std::string& b) {
-    platform::FileStatus first;
-    platform::FileStatus second;
-    return platform::getStatus(a.c_str(), first) == 0 && platform::getStatus(b.c_str(), second) == 0 &&
-           platform::isSameFile(first, second);
-}
-
 class OpenFile {
 public:
     explicit OpenFile(const std::string& path) {
@@ -89,7 +82,8 @@ bool KeptFiles::keep(const std::string& path, bool asCopy) {
 }
 
 bool KeptFiles::putBack(const Kept& file) {
-    if (file.isCopy ? haveSameBytes(file.keptAs, file.path) : isOneFile(file.keptAs, file.path)) return true;
+    if (file.isCopy ? haveSameBytes(file.keptAs, file.path) : fsutil::isSameFile(file.keptAs, file.path))
+        return true;
     return platform::replaceFile(file.keptAs.c_str(), file.path.c_str()) == 0;
 }
 

@@ -1,7 +1,6 @@
 #include "LibraryInspection.h"
 
 #include <filesystem>
-#include <map>
 #include <system_error>
 
 #include "converter/folderNames.h"
@@ -14,20 +13,6 @@
 
 namespace fsutil = tvxconv::fsutil;
 namespace platform = tvxconv::platform;
-
-namespace {
-
-// Those that are rewritten have another size afterwards.
-bool isRewritten(const std::string& fileName) {
-    std::string extension;
-    fsutil::extensionOf(fileName, extension);
-    for (const char* rewritten : {"sim", "net", "opt", "sim.cir"}) {
-        if (fsutil::equalIgnoringCase(extension, rewritten)) return true;
-    }
-    return false;
-}
-
-}  // namespace
 
 LibraryInspection inspectLibrary(const std::string& library) {
     LibraryInspection result;
@@ -48,38 +33,11 @@ bool isConverted(const std::string& library, const std::string& cell) {
 }
 
 void removeUnfinishedMark(const std::string& library, const std::string& cell) {
-    const std::string path =
-        library + "/" + cell + "/" + tvxconv::kNewView + "/" + tvxconv::kViewMarker;
+    const std::string path = library + "/" + cell + "/" + tvxconv::kNewView + "/" + tvxconv::kViewMarker;
     platform::FileStatus status;
     const bool isEmptyFile = platform::getStatus(path.c_str(), status) == 0 &&
                              status.kind == platform::FileKind::regular && status.size == 0;
     if (isEmptyFile) fsutil::deleteFile(path);
-}
-
-std::string fileNotCarried(const std::string& library, const std::string& cell) {
-    tvxconv::TarnetProjectConverter converter(library.c_str());
-    converter.classifyCellFiles();
-    converter.setCellName(cell);
-    const std::string oldView = library + "/" + cell + "/" + tvxconv::kOldView;
-    const std::string newView = library + "/" + cell + "/" + tvxconv::kNewView;
-    // Of several files for one place the last one is there.
-    std::map<std::string, std::string> sources;
-    tvxconv::forEachName(oldView, [&](const std::string& fileName) {
-        std::string place;
-        if (converter.placeInNewView(fileName, place) == 0) sources[place] = fileName;
-        return true;
-    });
-    for (const auto& [place, fileName] : sources) {
-        platform::FileStatus oldFile;
-        platform::FileStatus newFile;
-        const bool isThere = platform::getStatus((oldView + "/" + fileName).c_str(), oldFile) == 0 &&
-                             platform::getStatus((newView + "/" + place).c_str(), newFile) == 0 &&
-                             newFile.kind == platform::FileKind::regular;
-        if (!isThere || (!isRewritten(fileName) && oldFile.size != newFile.size)) {
-            return oldView + "/" + fileName;
-        }
-    }
-    return {};
 }
 
 bool isInView(const std::string& library, const std::string& file) {

@@ -10,7 +10,7 @@
 #include <vector>
 
 struct LibraryInspection {
-    std::size_t convertedBefore = 0;   // cells that have the new view already
+    std::size_t convertedBefore = 0;     // cells that have the new view already
     std::vector<std::string> toConvert;  // names of the others that have the old view, in their order
 };
 
@@ -23,9 +23,6 @@ bool isConverted(const std::string& library, const std::string& cell);
 // Takes away the mark of a cell that was being marked when the run was interrupted: an empty one, which would
 // keep the cell from being converted again.
 void removeUnfinishedMark(const std::string& library, const std::string& cell);
-
-// The first file of the cell's old view that is not in the new one, or not in full; empty where there is none.
-std::string fileNotCarried(const std::string& library, const std::string& cell);
 
 // Whether the file lies in a view of a cell, be it there or not.
 bool isInView(const std::string& library, const std::string& file);

@@ -15,9 +15,8 @@ constexpr const char* kClearLine = "\r\033[K";
 }  // namespace
 
 ProgressLine::ProgressLine(const std::string& what)
-    : ProgressLine([what] {
-          return what + ": " + std::to_string(tvxconv::platform::filesWritten()) + " files";
-      }) {}
+    : ProgressLine(
+          [what] { return what + ": " + std::to_string(tvxconv::platform::filesWritten()) + " files"; }) {}
 
 ProgressLine::ProgressLine(std::function<std::string()> describe) : describe_(std::move(describe)) {
     if (tvxconv::platform::isTerminal(kStandardError)) thread_ = std::thread([this] { run(); });

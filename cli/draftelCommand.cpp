@@ -113,7 +113,8 @@ bool reportIsInTheWay(const DraftelOptions& options, const ProjectInspection& in
          {options.project, designPath + ".dsn", designPath + ".dbk",
           folder + "/" + inspection.designName + ".opj", folder + "/" + inspection.designBase + ".dsn",
           folder + "/" + inspection.designBase + ".dbk"}) {
-        if (fsutil::equalIgnoringCase(plain(report), plain(path)) || isSameFile(report, path)) return true;
+        if (fsutil::equalIgnoringCase(plain(report), plain(path)) || fsutil::isSameFile(report, path))
+            return true;
     }
     return false;
 }
@@ -221,7 +222,7 @@ int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspe
 int runDraftelCommand(const DraftelOptions& options) {
     std::string projectDir;
     fsutil::folderOf(options.project, projectDir);
-    if (!options.inPlace && isSameFile(projectDir, options.destination)) {
+    if (!options.inPlace && fsutil::isSameFile(projectDir, options.destination)) {
         return refuse("--to " + inQuotes(options.destination) +
                           " is the folder of the project itself. Use --in-place, or name another folder",
                       options, kWrongCommandLine);

@@ -84,23 +84,15 @@ constexpr const char* kDesignExtensions[] = {".dsn", ".dbk"};
 
 }  // namespace
 
-bool isSameFile(const std::string& a, const std::string& b) {
-    platform::FileStatus first;
-    platform::FileStatus second;
-    platform::getStatus(a.c_str(), first);
-    platform::getStatus(b.c_str(), second);
-    return platform::isSameFile(first, second);
-}
-
 std::string fileInTheWay(const std::string& project, const ProjectInspection& inspection) {
     const std::string newProject = inspection.projectDir + "/" + inspection.designName + ".opj";
-    if (fsutil::isPresentFile(newProject) && !isSameFile(newProject, project)) return newProject;
+    if (fsutil::isPresentFile(newProject) && !fsutil::isSameFile(newProject, project)) return newProject;
     for (const char* extension : kDesignExtensions) {
         const std::string name = "/" + inspection.designBase + extension;
         const std::string copy = inspection.projectDir + name;
         const std::string design = inspection.designDir + name;
-        if (fsutil::isPresentFile(copy) && fsutil::isPresentFile(design) && !isSameFile(copy, design) &&
-            !haveSameBytes(copy, design)) {
+        if (fsutil::isPresentFile(copy) && fsutil::isPresentFile(design) &&
+            !fsutil::isSameFile(copy, design) && !haveSameBytes(copy, design)) {
             return copy;
         }
     }
@@ -112,7 +104,7 @@ bool keepOldFiles(const std::string& project, const ProjectInspection& inspectio
     // The project file is written anew; a library of the host's own may do that in place.
     failed = project;
     if (!kept.keep(project, true)) return false;
-    const bool designIsHere = isSameFile(inspection.projectDir, inspection.designDir);
+    const bool designIsHere = fsutil::isSameFile(inspection.projectDir, inspection.designDir);
     // A design that lies elsewhere is copied here, over one that may be here already.
     for (const char* extension : kDesignExtensions) {
         failed = inspection.projectDir + "/" + inspection.designBase + extension;
@@ -164,7 +156,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
         std::string newFile;
         fsutil::resolveRelative(newPath, destination, newFile);
         const std::string keptFile = kept.keptPath(oldFile);
-        if (keptFile.empty() || isSameFile(keptFile, newFile)) continue;
+        if (keptFile.empty() || fsutil::isSameFile(keptFile, newFile)) continue;
         bool arrived = fsutil::isPresentFile(newFile);
         if (arrived && isByteCopy(oldFile)) {
             arrived = haveSameBytes(keptFile, newFile);
@@ -182,7 +174,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
         }
         // A link to elsewhere can only be compared from its own place. And where the new path is a link, it
         // may lead to the old file itself, which is then the only one.
-        if (isByteCopy(oldFile) && !isSameFile(oldFile, newFile) && haveSameBytes(oldFile, newFile) &&
+        if (isByteCopy(oldFile) && !fsutil::isSameFile(oldFile, newFile) && haveSameBytes(oldFile, newFile) &&
             platform::removeFile(oldFile.c_str()) == 0) {
             continue;
         }

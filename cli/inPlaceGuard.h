@@ -45,6 +45,3 @@ void putBackAll(KeptFiles& kept);
 
 // Removes what was kept. A folder that stays is told.
 void releaseKept(KeptFiles& kept);
-
-// Whether two paths name one file or folder.
-bool isSameFile(const std::string& a, const std::string& b);

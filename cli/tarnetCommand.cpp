@@ -1,6 +1,7 @@
 #include "tarnetCommand.h"
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <new>
 #include <system_error>
@@ -71,7 +72,8 @@ public:
             ++done_;
         }
         return "Converting " + options_.library + ": " + std::to_string(done_) + " of " +
-               std::to_string(cells.size()) + " cells, " + std::to_string(platform::filesWritten()) + " files";
+               std::to_string(cells.size()) + " cells, " + std::to_string(platform::filesWritten()) +
+               " files";
     }
 
 private:
@@ -80,12 +82,28 @@ private:
     std::size_t done_ = 0;
 };
 
+std::string withCode(const std::string& message, int code) {
+    return message + " (error " + std::to_string(code) + ")";
+}
+
+// The first error of each cell, by the cell's name. An error belongs to the cell in which the file lies that
+// its message names first.
+using ErrorsOfCells = std::map<std::string, std::string>;
+
 void convert(const TarnetOptions& options, const LibraryInspection& inspection,
-             ITarnetProjectConverter& converter, LibraryResult& result) {
+             ITarnetProjectConverter& converter, LibraryResult& result, ErrorsOfCells& errors) {
     {
+        const std::string begin = "\"" + options.library + "/";
+        tvxconv::observeErrors([&](int code, const std::string& message) {
+            const std::size_t at = message.find(begin);
+            if (at == std::string::npos) return;
+            const std::size_t name = at + begin.size();
+            errors.emplace(message.substr(name, message.find('/', name) - name), withCode(message, code));
+        });
         const ProgressLine progress(CellCount(options, inspection));
         const Interruptible interruptible;
         result.status = converter.convert(0, std::string());
+        tvxconv::observeErrors(nullptr);
     }
     readLastError(converter, result);
     if (!wasInterrupted()) return;
@@ -98,7 +116,8 @@ bool isNamedIn(const LibraryResult& result, const std::string& cellFolder) {
     return result.errorCode != 0 && result.errorMessage.find("\"" + cellFolder + "/") != std::string::npos;
 }
 
-// The cell that a run ended at: of those that are not marked the one that the last error names, else the first.
+// The cell that a run ended at: of those that are not marked the one that the last error names, else the
+// first.
 std::string lastCell(const TarnetOptions& options, const LibraryInspection& inspection,
                      const LibraryResult& result) {
     std::string first;
@@ -111,23 +130,15 @@ std::string lastCell(const TarnetOptions& options, const LibraryInspection& insp
     return first;
 }
 
-// Why the cell is not complete; empty when it is. Where no error has been recorded every cell that is marked
-// is; of several errors only the last one is known.
-std::string failureOf(const TarnetOptions& options, const std::string& cell, bool isMarked,
-                      const LibraryResult& result) {
-    const std::string folder = folderOfCell(options, cell);
-    if (isNamedIn(result, folder)) {
-        return result.errorMessage + " (error " + std::to_string(result.errorCode) + ")";
-    }
-    if (isMarked && result.errorCode == 0) return {};
-    if (const std::string file = fileNotCarried(options.library, cell); !file.empty()) {
-        return "The file " + inQuotes(file) + " has not been carried over in full.";
-    }
+// Why the cell is not complete; empty when it is.
+std::string failureOf(const std::string& cell, bool isMarked, const ErrorsOfCells& errors) {
+    const auto error = errors.find(cell);
+    if (error != errors.end()) return error->second;
     return isMarked ? std::string() : "It could not be converted.";
 }
 
 Outcome outcomeOf(const TarnetOptions& options, const LibraryInspection& inspection,
-                  const LibraryResult& result) {
+                  const LibraryResult& result, const ErrorsOfCells& errors) {
     Outcome outcome;
     const std::string last = lastCell(options, inspection, result);
     bool hasEnded = false;
@@ -138,7 +149,7 @@ Outcome outcomeOf(const TarnetOptions& options, const LibraryInspection& inspect
         }
         hasEnded = cell == last;
         const bool isMarked = isConverted(options.library, cell);
-        const std::string reason = failureOf(options, cell, isMarked, result);
+        const std::string reason = failureOf(cell, isMarked, errors);
         if (reason.empty()) {
             ++outcome.converted;
         } else {
@@ -149,8 +160,8 @@ Outcome outcomeOf(const TarnetOptions& options, const LibraryInspection& inspect
 }
 
 void tellOutcome(const TarnetOptions& options, const LibraryInspection& inspection,
-                 const LibraryResult& result) {
-    const Outcome outcome = outcomeOf(options, inspection, result);
+                 const LibraryResult& result, const ErrorsOfCells& errors) {
+    const Outcome outcome = outcomeOf(options, inspection, result, errors);
     bool isErrorTold = false;
     for (const Outcome::Failure& failure : outcome.failures) {
         isErrorTold = isErrorTold || failure.reason.starts_with(result.errorMessage);
@@ -188,7 +199,8 @@ std::string refusal(const TarnetOptions& options) {
     std::string parentName;
     if (fsutil::folderOf(options.library, parent) != 0 || fsutil::fileNameOf(parent, parentName) != 0) {
         return inQuotes(options.library) +
-               " lies directly below the root of the file system. A library has to lie in a folder with a name";
+               " lies directly below the root of the file system. A library has to lie in a folder with a "
+               "name";
     }
     return {};
 }
@@ -212,8 +224,8 @@ int runTarnetCommand(const TarnetOptions& options) {
         return refuse(reason, options, kNotConverted);
     }
     if (!options.report.empty() && isInView(options.library, options.library + "/" + options.report)) {
-        return refuse("--report " + inQuotes(options.report) + " would be written into a view of a cell", options,
-                      kWrongCommandLine);
+        return refuse("--report " + inQuotes(options.report) + " would be written into a view of a cell",
+                      options, kWrongCommandLine);
     }
     const std::unique_ptr<ITarnetProjectConverter> converter(
         createTarnetProjectConverter(options.library.c_str()));
@@ -221,14 +233,15 @@ int runTarnetCommand(const TarnetOptions& options) {
     watchForInterrupts();
     const LibraryInspection inspection = inspectLibrary(options.library);
     LibraryResult result;
-    convert(options, inspection, *converter, result);
+    ErrorsOfCells errors;
+    convert(options, inspection, *converter, result, errors);
     converter->getLibraryParentName(result.libraryParentName);
     if (result.status == tvxconv::ERR_OPEN_DIRECTORY) {
         tellError(result);
         tellWhyNotOpened(options);
         return endWith(result, options, kNotConverted);
     }
-    tellOutcome(options, inspection, result);
+    tellOutcome(options, inspection, result, errors);
     if (result.status != 0) return endWith(result, options, kNotConverted);
     return conclude(options, *converter, result);
 }

@@ -1,7 +1,7 @@
 // tarnetCommand.h
 //
-// "tvxconv tarnet": converts the cells of a design library through the library's exported interface, and tells
-// the user which of them were converted.
+// "tvxconv tarnet": converts the cells of a design library through the library's exported interface, and
+// tells the user which of them were converted.
 
 #pragma once
 

@@ -211,7 +211,7 @@ TEST_F(AttributeFiles, RememberWhenTheyWereChanged) {
     } cases[] = {{1000000000, 1000000000}, {0, 0}, {0x7FFFFFFF, 0x7FFFFFFF}, {0x80000000, 0x7FFFFFFF}};
     const string path = folder_.write("a.aap", "");
     for (const auto& [time, remembered] : cases) {
-        const utimbuf times{time, time};
+        utimbuf times{time, time};
         ASSERT_EQ(utime(path.c_str(), &times), 0);
         AttributeFile file(0);
         EXPECT_EQ(file.open(path.c_str()), 1003);

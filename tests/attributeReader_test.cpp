@@ -127,6 +127,11 @@ TEST(AttributeReader, ReadsOneExpression) {
         // a letter that is no exponent begins a symbol
         {"12ab", "N:12", "ab"},
         {"(1x)", "(N:1 S:x)", ""},
+        {"(1end)", "(N:1)", ""},
+        {"(2exp 1)", "(N:2 N:1)", ""},
+        {"(1E_x)", "(N:1)", ""},
+        {"(1e+x 2)", "(N:1 N:2)", ""},
+        {"(1e-2x)", "(N:0.01 S:x)", ""},
         {"(1_x)", "(N:1 S:_x)", ""},
         {"1e3e4", "N:1000", "e4"},
         {"0x10", "N:0", "x10"},
@@ -427,7 +432,8 @@ TEST(AttributeReader, TakesNoMoreThanItsExpressionFromAPipe) {
     ASSERT_EQ(pipe(ends), 0);
     const Stream stream(fdopen(ends[0], "r"));
     const string text = "  (a \"b\\\"\" -1)b";
-    ASSERT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ASSERT_EQ(::write(ends[1], text.data(), static_cast<unsigned>(text.size())),
+              static_cast<ssize_t>(text.size()));
     // The pipe stays open: a reader that wants more than there is would wait for ever.
     CellPool pool;
     int line = -1;
@@ -572,6 +578,8 @@ private:
         bool mayTakeExponent = true;  // digits and one full stop so far
         bool hasDigit = false;
         bool hasStop = false;
+        bool needsDigit = false;
+        bool lettersEndIt = true;
         for (;;) {
             text += static_cast<char>(c);
             if (std::isdigit(c) != 0) {
@@ -583,8 +591,17 @@ private:
             }
             c = get();
             if (c == EOF || std::isspace(c) != 0 || c == '(' || c == ')' || c == '"') break;
-            if (text.size() == 1000 || c == '_') break;
-            if (std::isalpha(c) != 0 && !((c == 'e' || c == 'E') && hasDigit && mayTakeExponent)) break;
+            if (text.size() == 1000) break;
+            if (needsDigit && std::isdigit(c) == 0) {
+                needsDigit = (c == '+' || c == '-') && std::isalpha(text.back()) != 0;
+                lettersEndIt = needsDigit;
+            } else {
+                needsDigit = false;
+            }
+            if (!lettersEndIt) continue;
+            const bool isExponent = (c == 'e' || c == 'E') && hasDigit && mayTakeExponent;
+            if (c == '_' || (std::isalpha(c) != 0 && !isExponent)) break;
+            needsDigit = needsDigit || isExponent;
         }
         putBack(c);
         const double value = std::atof(text.c_str());

@@ -53,7 +53,7 @@ protected:
 // --- destinations ---
 
 TEST_F(Refusal, TheProjectsOwnFolderIsNoDestinationHoweverItIsSpelled) {
-    fs::create_directory_symlink(folder_.path("amp"), folder_.path("link"));
+    tests::makeLink(folder_.path("amp"), folder_.path("link"));
     const auto before = pictureOf(folder_.path());
     for (const char* destination : {"amp", "amp/", "AMP", "./amp/.", "amp/local/..", "link", "amp\\"}) {
         const ProgramResult result =
@@ -83,8 +83,8 @@ TEST_F(Refusal, AFolderInsideTheProjectsFolderIsADestinationLikeAnyOther) {
 TEST_F(Refusal, ADestinationThatCannotBeAFolderIsToldAndNothingIsMade) {
     folder_.write("file", "of the user's own\n");
     folder_.makeFolder("full/amp-TevrixFiles.d");
-    fs::create_symlink("nowhere", folder_.path("dangling"));
-    fs::create_symlink("circle", folder_.path("circle"));
+    tests::makeLink("nowhere", folder_.path("dangling"));
+    tests::makeLink("circle", folder_.path("circle"));
     ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0644), 0);
     const auto before = pictureOf(folder_.path());
     for (const char* destination : {"file", "file/below", "missing/below", "dangling", "circle", "pipe"}) {
@@ -108,7 +108,7 @@ TEST_F(Refusal, ASimulationRootThatIsNoFolderIsToldAndLeft) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(folder_.read("new/amp-TevrixFiles"), "a file\n");
     fs::remove(root);
-    fs::create_symlink("amp-TevrixFiles", root);
+    tests::makeLink("amp-TevrixFiles", root);
     result = convertTo(folder_.path("new"));
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.errors.find(message), std::string::npos) << result.errors;
@@ -151,10 +151,10 @@ TEST_F(Refusal, AProjectFileThatIsNoFileStopsBeforeAnythingIsMade) {
     ASSERT_EQ(mkfifo(project().c_str(), 0644), 0);
     expectBothRefused(1, message, "a pipe");
     fs::remove(project());
-    fs::create_symlink("amp.opj", project());
+    tests::makeLink("amp.opj", project());
     expectBothRefused(1, message, "a link to itself");
     fs::remove(project());
-    fs::create_symlink("/dev/zero", project());
+    tests::makeLink("/dev/zero", project());
     expectBothRefused(1, message, "a device without an end");
 }
 
@@ -194,7 +194,7 @@ TEST_F(Refusal, ADesignThatCannotBeReadStopsBeforeAnythingIsMade) {
     ASSERT_EQ(mkfifo(design.c_str(), 0644), 0);
     expectBothRefused(1, "Failed to read file \"" + project() + "\"", "a pipe");
     fs::remove(design);
-    fs::create_symlink("amp.dsn", design);
+    tests::makeLink("amp.dsn", design);
     expectBothRefused(1, "Failed to read file \"" + project() + "\"", "a link to itself");
 }
 
@@ -503,10 +503,10 @@ TEST_F(Refusal, PipesDevicesAndCirclesInPlaceOfFilesAreTakenForMissing) {
             } else if (one == "folder") {
                 fs::create_directory(path);
             } else {
-                fs::create_symlink(one == "device"   ? fs::path("/dev/zero")
-                                   : one == "circle" ? fs::path(path).filename()
-                                                     : fs::path("nowhere"),
-                                   path);
+                tests::makeLink(one == "device"   ? fs::path("/dev/zero")
+                                : one == "circle" ? fs::path(path).filename()
+                                                  : fs::path("nowhere"),
+                                path);
             }
             const auto before = pictureOf(folder_.path("amp"));
             const ProgramResult result = convertTo(folder_.path("new"));
@@ -549,8 +549,8 @@ TEST_F(Refusal, PipesInTheDestinationDoNotHoldTheProgramUp) {
 }
 
 TEST_F(Refusal, FoldersThatLeadInACircleDoNotHoldTheProgramUp) {
-    fs::create_directory_symlink(".", folder_.path("amp/loop"));
-    fs::create_directory_symlink("../new", folder_.path("amp/amp-TevrixFiles"));
+    tests::makeLink(".", folder_.path("amp/loop"));
+    tests::makeLink("../new", folder_.path("amp/amp-TevrixFiles"));
     const auto before = pictureOf(folder_.path("amp"));
     edit("amp.opj", ".\\\\local\\\\bench.txt", ".\\\\loop\\\\loop\\\\local\\\\bench.txt");
     const ProgramResult result = convertTo(folder_.path("new"));

@@ -16,6 +16,7 @@
 #include "draftel/DraftelProjectConverter.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
+#include "support/builtFiles.h"
 
 namespace {
 
@@ -260,9 +261,12 @@ TEST(DraftelDesign, AReaderThatCannotBeOpenedLeavesNoRootSchematics) {
 // copy of the program in a folder of its own meets the file that lies there under the reader's name.
 void expectReaderRefused(const std::string& reader) {
     const DraftelProject project;
-    const std::string program = project.folder.write("bin/tvxconv", readFile(TVXCONV_BIN_DIR "/tvxconv"));
+    const std::string program = project.folder.write("bin/converter.exe", readBytes(tests::kProgramFile));
     ASSERT_EQ(chmod(program.c_str(), 0755), 0);
-    project.folder.write("bin/DraDsnReader.so", reader);
+    // Beside the program is also where Windows looks for the library that it needs.
+    project.folder.write(std::string("bin/") + tests::kProjectLibraryName,
+                         readBytes(tests::kProjectLibraryFile));
+    project.folder.write(std::string("bin/") + tests::kReaderName, reader);
     const ProgramResult result =
         runProgram({program, "draftel", project.path("amp.opj"), "--to", project.destination, "--json"}, "",
                    {"LD_LIBRARY_PATH=" + project.folder.path("bin") + ":" TVXCONV_BIN_DIR});
@@ -280,7 +284,7 @@ TEST(DraftelDesign, AReaderThatCannotBeLoadedStopsTheConversion) {
 }
 
 TEST(DraftelDesign, AReaderWithoutItsEntryStopsTheConversion) {
-    expectReaderRefused(readFile(TVXCONV_BIN_DIR "/libtvxconv.so"));
+    expectReaderRefused(readBytes(tests::kLibraryFile));
 }
 
 // --- the profiles ---

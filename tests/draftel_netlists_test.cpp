@@ -245,7 +245,7 @@ TEST(DraftelNetlists, ANetlistIsNotWrittenOverItself) {
         const std::string text = ".INC \"a.par\"\nR1 1 0 1k\n";
         const std::string old = project.write("amp-S1.net", text);
         const std::string newPath = project.schematicFolder + "/S1.net";
-        isHardLink ? fs::create_hard_link(old, newPath) : fs::create_symlink(old, newPath);
+        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
         EXPECT_EQ(relocateNetlist(project), 10106) << isHardLink;
         EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
         EXPECT_EQ(readFile(old), text) << isHardLink;
@@ -531,7 +531,7 @@ TEST(DraftelNetlists, ADeckIsNotWrittenOverItself) {
         prepareDeck(project);
         const std::string old = project.write("amp-S1-tran.sim.cir", ".INC \"amp-S1.net\"\n");
         const std::string newPath = project.profileFolder + "/tran.cir";
-        isHardLink ? fs::create_hard_link(old, newPath) : fs::create_symlink(old, newPath);
+        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
         EXPECT_EQ(rewriteDeck(project), 10106) << isHardLink;
         EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
         EXPECT_EQ(readFile(old), ".INC \"amp-S1.net\"\n") << isHardLink;

@@ -478,7 +478,7 @@ TEST(DraftelProfileFile, AnEntrysFileThatIsItsOwnCopyKeepsItsBytes) {
         writeEntryFiles(project);
         const std::string place = project.profileFolder + "/b.lib";
         isHardLink ? fs::create_hard_link(project.path("lib/b.lib"), place)
-                   : fs::create_symlink(project.path("lib/b.lib"), place);
+                   : tests::makeLink(project.path("lib/b.lib"), place);
         EXPECT_EQ(rewritten(project, "+1 \"lib/b.lib\" \n"), "+1 \"b.lib\" \n") << isHardLink;
         EXPECT_EQ(project.read("lib/b.lib"), "bytes of b") << isHardLink;
     }
@@ -659,7 +659,7 @@ TEST(DraftelProfileFile, AFileIsNotWrittenOverItself) {
         const std::string text = "DesignFile= \"amp.dsn\" \nOther= \"1\" \n";
         const std::string old = project.write("amp-S1-tran.sim", text);
         const std::string newPath = project.schematicFolder + "/tran.sim";
-        isHardLink ? fs::create_hard_link(old, newPath) : fs::create_symlink(old, newPath);
+        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
         EXPECT_EQ(rewrite(project), 10106) << isHardLink;
         EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
         EXPECT_EQ(readFile(old), text) << isHardLink;

@@ -4,10 +4,10 @@
 
 #include <dlfcn.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "support/builtFiles.h"
 #include "support/wobjProject.h"
 
 namespace {
@@ -22,9 +22,7 @@ using GetDsnInfo = int(const std::string&, const std::string&, Strings&);
 class DesignReader : public testing::Test {
 protected:
     void SetUp() override {
-        const std::string file =
-            (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "DraDsnReader.so").string();
-        void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        void* module = dlopen(tests::kReaderFile, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(module, nullptr) << dlerror();
         getDsnInfo = reinterpret_cast<GetDsnInfo*>(dlsym(module, "getDsnInfo"));
         ASSERT_NE(getDsnInfo, nullptr) << dlerror();

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -232,6 +233,49 @@ TEST(ReportError, ReplacesCodeAndMessageOfAnEarlierFailure) {
     reportError(ERR_COPY_FILE, "a", "b");
     reportError(ERR_FILE_NOT_FOUND, "c");
     expectStored(10104, "File \"c\" does not exist.");
+}
+
+TEST(RecordError, StoresCodeAndMessageAsTheyAre) {
+    const std::uint64_t before = countReportedErrors();
+    recordError(10108, "a message with %s in it");
+    expectStored(10108, "a message with %s in it");
+    EXPECT_EQ(countReportedErrors(), before + 1);
+}
+
+TEST(OwnErrors, KeepWhatTheirThreadReportsFromTheStore) {
+    reportError(ERR_FILE_NOT_FOUND, "before");
+    int code = 99;
+    int codeAtFirst = 99;
+    int codeAgain = 99;
+    string message = "rubbish";
+    string messageAtFirst = "rubbish";
+    std::thread([&] {
+        const OwnErrors errors;
+        codeAtFirst = OwnErrors::take(messageAtFirst);
+        reportError(ERR_CREATE_DIRECTORY, "first");
+        reportError(ERR_OPEN_FOR_READING, "second");
+        code = OwnErrors::take(message);
+        string rest;
+        codeAgain = OwnErrors::take(rest);
+        reportError(ERR_OPEN_FOR_READING, "not taken");
+    }).join();
+    EXPECT_EQ(codeAtFirst, 0);
+    EXPECT_EQ(messageAtFirst, "");
+    EXPECT_EQ(code, 10105);
+    EXPECT_EQ(message,
+              "Failed to open file \"second\" for reading. Check its access permissions and existence on the "
+              "disk.");
+    EXPECT_EQ(codeAgain, 0);
+    expectStored(10104, "File \"before\" does not exist.");
+}
+
+TEST(OwnErrors, EndWithTheObject) {
+    {
+        const OwnErrors errors;
+        reportError(ERR_FILE_NOT_FOUND, "own");
+    }
+    reportError(ERR_FILE_NOT_FOUND, "everybody's");
+    expectStored(10104, "File \"everybody's\" does not exist.");
 }
 
 }  // namespace

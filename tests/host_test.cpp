@@ -10,15 +10,16 @@
 #include "support/DraftelProject.h"
 #include "support/TarnetLibrary.h"
 #include "support/TestFolder.h"
+#include "support/builtFiles.h"
 
 namespace {
 
 using std::string;
 using tests::DraftelProject;
 
-constexpr const char* kHost = TVXCONV_BIN_DIR "/tvxconv_host";
-constexpr const char* kTarnetHost = TVXCONV_BIN_DIR "/tvxconv_tarnet_host";
-constexpr const char* kLibrary = TVXCONV_BIN_DIR "/libtvxconv.so";
+constexpr const char* kHost = tests::kHostFile;
+constexpr const char* kTarnetHost = tests::kTarnetHostFile;
+constexpr const char* kLibrary = tests::kLibraryFile;
 
 TEST(Host, PrintsWhatTheInterfaceTellsOfAConversion) {
     const DraftelProject project;
@@ -83,7 +84,7 @@ TEST(Host, SaysWhatIsWrongWithItsArguments) {
     const DraftelProject project;
     const tests::Tree before = project.tree();
     const string noLibrary = project.folder.path("none.so");
-    const string otherLibrary = TVXCONV_BIN_DIR "/DraDsnReader.so";
+    const string otherLibrary = tests::kReaderFile;
     const struct {
         std::vector<string> command;
         string errors;
@@ -152,7 +153,7 @@ TEST(TarnetHost, SaysWhatIsWrongWithItsArguments) {
     const tests::Tree before = library.tree();
     const string usage = "usage: tvxconv_tarnet_host LIBRARY LIBRARY_DIR REPORT\n";
     const string noLibrary = library.folder.path("none.so");
-    const string otherLibrary = TVXCONV_BIN_DIR "/DraDsnReader.so";
+    const string otherLibrary = tests::kReaderFile;
     const struct {
         std::vector<string> command;
         string errors;

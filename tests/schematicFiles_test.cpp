@@ -336,7 +336,7 @@ TEST_F(SchematicFiles, OneThatIsItsOwnCopyKeepsItsBytes) {
             project.prepareSteps();
             const std::string old = project.write(std::string("amp-S1.") + extension, "the only copy\n");
             const std::string place = project.schematicFolder + "/S1." + extension;
-            isHardLink ? fs::create_hard_link(old, place) : fs::create_symlink(old, place);
+            isHardLink ? fs::create_hard_link(old, place) : tests::makeLink(old, place);
             EXPECT_EQ(project.converter.relocateSchematicFiles("amp", "S1", project.destination,
                                                                project.schematicFolder),
                       0);

@@ -44,7 +44,8 @@ Tree oldLibrary() {
         {"Filter/cfg_analog/master.tag", "expand.cfg"},
         {"Filter/cfg_analog/expand.cfg", "stop at primitives\n"},
         {"Filter/cfg_analog/Filter.opj", "{}\n"},
-        {"Filter/cfg_analog/Filter.net", "* filter\r\n.INC \"Filter.par\"\r\n.INC \"opamp.lib\"\r\nR1 in out 1k\r\n"},
+        {"Filter/cfg_analog/Filter.net",
+         "* filter\r\n.INC \"Filter.par\"\r\n.INC \"opamp.lib\"\r\nR1 in out 1k\r\n"},
         {"Filter/cfg_analog/Filter.par", ".PARAM gain=2\n"},
         {"Filter/cfg_analog/Filter.als", "ALIASES\n"},
         {"Filter/cfg_analog/Filter.opt", "goal 1\next \"corners.mdp\" 7\next \"notes.txt\"\n"},
@@ -65,7 +66,8 @@ Tree oldLibrary() {
          "+1 \"opamp.lib\" \r\n+2 \"..\\shared.stl\" \r\n+8 \"opamp.lib\" \r\n"},
         {"Filter/cfg_analog/ac.sim.cir",
          "* ac\r\n.LIB \"opamp.lib\"\r\n.STMLIB \"../shared.stl\"\r\n.INC \"sub/local.inc\"\r\n"
-         ".INC \"./sub/supply.inc\"\r\n.INC \"ac.net\"\r\n.LIB \"nowhere.lib\"\r\n.INC \"notes.txt\"\r\n.END\r\n"},
+         ".INC \"./sub/supply.inc\"\r\n.INC \"ac.net\"\r\n.LIB \"nowhere.lib\"\r\n.INC "
+         "\"notes.txt\"\r\n.END\r\n"},
         {"Filter/cfg_analog/ac.dat", std::string("data\0\r\n", 7)},
         {"Filter/cfg_analog/ac.csd", ""},
         {"Filter/cfg_analog/ac.out", "output\n"},
@@ -119,7 +121,8 @@ Tree newViews() {
         {"Filter/tvx_sim_1/profiles/ac/shared.stl", "* of the cell\n"},
         {"Filter/tvx_sim_1/profiles/ac/ac.cir",
          "* ac\r\n.LIB \"../../opamp.lib\"\r\n.STMLIB \"../../../shared.stl\"\r\n"
-         ".INC \"@/Filter/cfg_analog/sub/local.inc\"\r\n.INC \"../../supply.inc\"\r\n.INC \"../../Filter.net\"\r\n"
+         ".INC \"@/Filter/cfg_analog/sub/local.inc\"\r\n.INC \"../../supply.inc\"\r\n.INC "
+         "\"../../Filter.net\"\r\n"
          ".LIB \"nowhere.lib\"\r\n.END\r\n"},
         {"Filter/tvx_sim_1/profiles/ac/ac.dat", std::string("data\0\r\n", 7)},
         {"Filter/tvx_sim_1/profiles/ac/ac.csd", ""},
@@ -200,8 +203,8 @@ TEST_F(TarnetConversion, IsMadeWholeAfterARunThatWasCutOff) {
     EXPECT_EQ(convert(library_), 0);
     fs::remove(library_ + "/Filter/tvx_sim_1/master.tag");
     fs::remove(library_ + "/Filter/tvx_sim_1/opamp.lib");
-    writeFile(library_ + "/Filter/tvx_sim_1/profiles/ac/ac.cir", "* a part of the deck that is longer than the whole"
-                                                                 + std::string(1000, 'x'));
+    writeFile(library_ + "/Filter/tvx_sim_1/profiles/ac/ac.cir",
+              "* a part of the deck that is longer than the whole" + std::string(1000, 'x'));
     EXPECT_EQ(convert(library_), 0);
     EXPECT_EQ(treeOf(library_), expected());
 }
@@ -238,7 +241,8 @@ protected:
         library.addCell("zeta");
         for (const char* cell : {"amp", "zeta"}) {
             for (const File& file : kFiles) {
-                library.write(std::string(cell) + "/cfg_analog/" + file.name, std::string("text of ") + file.name + "\n");
+                library.write(std::string(cell) + "/cfg_analog/" + file.name,
+                              std::string("text of ") + file.name + "\n");
             }
         }
     }
@@ -275,7 +279,8 @@ TEST_F(TarnetFaultAtEachFile, AFolderInItsPlace) {
         EXPECT_EQ(convert(library.dir), 0) << file.name;
         const std::string source = library.cfg + "/" + file.name;
         const std::string target = library.view + "/" + file.place;
-        EXPECT_EQ(lastError(), file.step == Step::copy ? copyFileError(source, target) : openForWritingError(target));
+        EXPECT_EQ(lastError(),
+                  file.step == Step::copy ? copyFileError(source, target) : openForWritingError(target));
         EXPECT_EQ(filesIn(library.view), filesBefore(i, true)) << file.name;
         EXPECT_EQ(library.readNew("master.tag"), "amp.net") << file.name;
         expectOtherCellWhole(library, file.name);
@@ -292,10 +297,10 @@ TEST_F(TarnetFaultAtEachFile, ASourceThatMayNotBeRead) {
         ASSERT_EQ(chmod(source.c_str(), 0), 0);
         EXPECT_TRUE(succeedsWithoutRoot([&] {
             EXPECT_EQ(convert(library.dir), 0) << file.name;
-            EXPECT_EQ(lastError(),
-                      file.step == Step::copy      ? copyFileError(source, library.view + "/" + file.place)
-                      : file.step == Step::rewrite ? openForReadingError(source)
-                                                   : LastError());
+            EXPECT_EQ(lastError(), file.step == Step::copy
+                                       ? copyFileError(source, library.view + "/" + file.place)
+                                   : file.step == Step::rewrite ? openForReadingError(source)
+                                                                : LastError());
             return true;
         }));
         std::vector<std::string> expected = filesBefore(i, true);
@@ -318,7 +323,8 @@ TEST_F(TarnetFaultAtEachFile, AFolderCalledLikeIt) {
         fs::remove(source);
         fs::create_directory(source);
         EXPECT_EQ(convert(library.dir), 0) << file.name;
-        EXPECT_EQ(lastError(), file.step == Step::copy      ? copyFileError(source, library.view + "/" + file.place)
+        EXPECT_EQ(lastError(), file.step == Step::copy
+                                   ? copyFileError(source, library.view + "/" + file.place)
                                : file.step == Step::rewrite ? openForReadingError(source)
                                                             : LastError());
         std::vector<std::string> expected = filesBefore(i, true);
@@ -345,7 +351,7 @@ TEST_F(TarnetFaultAtEachFile, AFullDisk) {
             const bool isMarked = room >= markerSize;
             EXPECT_TRUE(succeedsWithFileLimit(room, [&] {
                 EXPECT_EQ(convert(library.dir), isMarked ? 0 : 10106) << what;
-                EXPECT_EQ(lastError(), !isMarked                 ? openForWritingError(library.view + "/master.tag")
+                EXPECT_EQ(lastError(), !isMarked ? openForWritingError(library.view + "/master.tag")
                                        : file.step == Step::copy ? copyFileError(source, target)
                                                                  : openForWritingError(target))
                     << what;

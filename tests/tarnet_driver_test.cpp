@@ -38,8 +38,8 @@ Tree withView(Tree tree, const std::string& cell) {
 // --- the library's path ---
 
 TEST(TarnetDriver, APathWithoutAFolderAboveTheLibraryStopsWithoutAnError) {
-    for (const char* path : {static_cast<const char*>(nullptr), "", "lib", "site/lib", "/lib", "C:/lib", "C:\\lib",
-                             "/", "lib/"}) {
+    for (const char* path : {static_cast<const char*>(nullptr), "", "lib", "site/lib", "/lib", "C:/lib",
+                             "C:\\lib", "/", "lib/"}) {
         forgetLastError();
         TarnetProjectConverter converter(path);
         const std::string what = path != nullptr ? path : "null";
@@ -149,13 +149,15 @@ TEST(TarnetDriver, OnlyACellWithTheOldViewAndWithoutTheNewOneIsConverted) {
     };
     const std::vector<Case> cases = {
         {"nothing", [](const TarnetLibrary&) {}, true},
-        {"the new view, marked", [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/master.tag", ""); }, false},
-        {"the new view, without a marker",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1"); }, true},
+        {"the new view, marked", [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/master.tag", ""); },
+         false},
+        {"the new view, without a marker", [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1"); },
+         true},
         {"the new view, with a marker of another name",
          [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/master", ""); }, true},
         {"no old view", [](const TarnetLibrary& l) { fs::remove_all(l.cfg); }, false},
-        {"no marker in the old view", [](const TarnetLibrary& l) { fs::remove(l.cfg + "/master.tag"); }, false},
+        {"no marker in the old view", [](const TarnetLibrary& l) { fs::remove(l.cfg + "/master.tag"); },
+         false},
         {"a folder as the marker of the old view",
          [](const TarnetLibrary& l) {
              fs::remove(l.cfg + "/master.tag");
@@ -165,13 +167,13 @@ TEST(TarnetDriver, OnlyACellWithTheOldViewAndWithoutTheNewOneIsConverted) {
         {"a link to nothing as the marker of the old view",
          [](const TarnetLibrary& l) {
              fs::remove(l.cfg + "/master.tag");
-             fs::create_symlink("nothing", l.cfg + "/master.tag");
+             tests::makeLink("nothing", l.cfg + "/master.tag");
          },
          false},
         {"a link to a file as the marker of the old view",
          [](const TarnetLibrary& l) {
              fs::rename(l.cfg + "/master.tag", l.cfg + "/real");
-             fs::create_symlink("real", l.cfg + "/master.tag");
+             tests::makeLink("real", l.cfg + "/master.tag");
          },
          true},
         {"a file in the place of the cell",
@@ -202,11 +204,12 @@ TEST(TarnetDriver, OnlyACellWithTheOldViewAndWithoutTheNewOneIsConverted) {
 }
 
 TEST(TarnetDriver, LinksToThemselvesAreNeitherCellsNorViews) {
-    for (const char* name : {"amp", "amp/cfg_analog", "amp/tvx_sim_1/master.tag", "amp/cfg_analog/master.tag"}) {
+    for (const char* name :
+         {"amp", "amp/cfg_analog", "amp/tvx_sim_1/master.tag", "amp/cfg_analog/master.tag"}) {
         TarnetLibrary library;
         fs::remove_all(library.path(name));
         fs::create_directories(fs::path(library.path(name)).parent_path());
-        fs::create_symlink(fs::path(name).filename(), library.path(name));
+        tests::makeLink(fs::path(name).filename(), library.path(name));
         const bool isNewMarker = fs::path(name).parent_path().filename() == "tvx_sim_1";
         const auto before = clitest::pictureOf(library.dir);
         EXPECT_EQ(convert(library.converter), isNewMarker ? 10106 : 0) << name;
@@ -220,7 +223,9 @@ TEST(TarnetDriver, AMarkerThatMayNotBeReadCountsAsAbsent) {
         TarnetLibrary library;
         if (isNewView) library.write("amp/tvx_sim_1/master.tag", "old");
         openToAll(library.folder.path());
-        ASSERT_EQ(chmod(((isNewView ? library.view : library.cfg) + "/master.tag").c_str(), isNewView ? 0222 : 0), 0);
+        ASSERT_EQ(
+            chmod(((isNewView ? library.view : library.cfg) + "/master.tag").c_str(), isNewView ? 0222 : 0),
+            0);
         EXPECT_TRUE(succeedsWithoutRoot([&] {
             EXPECT_EQ(convert(library.converter), 0) << isNewView;
             EXPECT_EQ(lastError(), LastError()) << isNewView;
@@ -438,7 +443,8 @@ TEST(TarnetDriver, AnOldViewWithoutACellIsRefusedWithoutAnError) {
 TEST(TarnetDriver, AHostConvertsThroughTheInterface) {
     const TarnetLibrary library;
     const Tree before = library.tree();
-    const std::unique_ptr<ITarnetProjectConverter> converter(createTarnetProjectConverter(library.dir.c_str()));
+    const std::unique_ptr<ITarnetProjectConverter> converter(
+        createTarnetProjectConverter(library.dir.c_str()));
     EXPECT_EQ(converter->convert(2, "/anything"), 0);
     EXPECT_EQ(library.tree(), withView(before, "amp"));
     std::string name = "left over";

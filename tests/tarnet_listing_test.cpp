@@ -161,9 +161,9 @@ TEST(TarnetListing, OfTheOldViewTheMarkerAndOneOtherFileAreListed) {
 
 TEST(TarnetListing, EachFolderIsFollowedByItsFilesAndThenItsFolders) {
     Converted library;
-    for (const char* name : {"master.tag", "amp.net", "Amp.opj", "a.lib", "profiles/tran.sim", "profiles/AC.sim",
-                             "profiles/tran/tran.dat", "profiles/tran/tran.cir", "profiles/AC/AC.mc.out",
-                             "extra/notes.txt"}) {
+    for (const char* name :
+         {"master.tag", "amp.net", "Amp.opj", "a.lib", "profiles/tran.sim", "profiles/AC.sim",
+          "profiles/tran/tran.dat", "profiles/tran/tran.cir", "profiles/AC/AC.mc.out", "extra/notes.txt"}) {
         library.write(std::string("amp/tvx_sim_1/") + name, "");
     }
     library.makeFolder("amp/tvx_sim_1/profiles/empty");
@@ -207,9 +207,9 @@ TEST(TarnetListing, OnlyTheDotInANameTellsAFileFromAFolder) {
         library.write(std::string("amp/tvx_sim_1/") + name, "");
     }
     const std::string& view = library.view;
-    EXPECT_THAT(library.list(),
-                ElementsAre("", library.cfg, "    master.tag", view, "    .hidden", "    folder.with.dots",
-                            "    x-default.mrk", view + "/profiles", view + "/profiles/tran", "    tran.out"));
+    EXPECT_THAT(library.list(), ElementsAre("", library.cfg, "    master.tag", view, "    .hidden",
+                                            "    folder.with.dots", "    x-default.mrk", view + "/profiles",
+                                            view + "/profiles/tran", "    tran.out"));
 }
 
 TEST(TarnetListing, FoldersThatMayNotBeListedAreLeftOut) {
@@ -227,9 +227,9 @@ TEST(TarnetListing, FoldersThatMayNotBeListedAreLeftOut) {
         ASSERT_EQ(chmod(library.path(name).c_str(), 0333), 0) << name;
     }
     EXPECT_TRUE(succeedsWithoutRoot([&] {
-        EXPECT_THAT(library.list(), ElementsAre("", library.cfg, "    master.tag", library.view,
-                                                library.view + "/profiles", library.view + "/profiles/tran",
-                                                "    c.dat"));
+        EXPECT_THAT(library.list(),
+                    ElementsAre("", library.cfg, "    master.tag", library.view, library.view + "/profiles",
+                                library.view + "/profiles/tran", "    c.dat"));
         return true;
     }));
 }
@@ -238,8 +238,8 @@ TEST(TarnetListing, PathsHaveForwardSlashes) {
     Converted library;
     library.makeFolder("amp/tvx_sim_1/profiles");
     library.converter.setLibraryDirectory(withBackslashes(library.dir));
-    EXPECT_THAT(library.list(), ElementsAre("", library.cfg, "    master.tag", library.view,
-                                            library.view + "/profiles"));
+    EXPECT_THAT(library.list(),
+                ElementsAre("", library.cfg, "    master.tag", library.view, library.view + "/profiles"));
 }
 
 TEST(TarnetListing, AConversionIsListedWithTheCellsThatWereConvertedBefore) {
@@ -284,8 +284,8 @@ TEST(TarnetReport, OfAListingBeginsWithAnEmptyLine) {
     Lines lines;
     EXPECT_EQ(library.converter.getNewStructure(lines), 0);
     EXPECT_EQ(library.converter.writeReport(lines, "report.txt"), 0);
-    EXPECT_EQ(library.read("report.txt"), kHead + "\n" + library.cfg + "\n    master.tag\n" + library.view +
-                                              "\n    master.tag\n");
+    EXPECT_EQ(library.read("report.txt"),
+              kHead + "\n" + library.cfg + "\n    master.tag\n" + library.view + "\n    master.tag\n");
 }
 
 TEST(TarnetReport, LiesInTheLibrary) {
@@ -306,11 +306,11 @@ TEST(TarnetReport, ThatCannotBeOpenedIsNamed) {
     }
 }
 
-TEST(TarnetReport, BeforeAConversionIsNotWritten) {
+TEST(TarnetReport, BeforeAConversionItIsWrittenBelowTheRoot) {
     TarnetProjectConverter converter("/no/such/library");
     forgetLastError();
-    EXPECT_EQ(converter.writeReport({"line"}, "no such folder/report.txt"), 1);
-    EXPECT_EQ(lastError(), LastError());
+    EXPECT_EQ(converter.writeReport({"line"}, "no such folder/report.txt"), 10106);
+    EXPECT_EQ(lastError(), openForWritingError("/no such folder/report.txt"));
 }
 
 }  // namespace

@@ -177,11 +177,13 @@ TEST(TarnetProfileFile, AnOutputInTheTableOfMovesIsNamedAfterItsNewPlace) {
 TEST(TarnetProfileFile, AnOutputThatCannotBeResolvedIsNamedAsBefore) {
     TarnetLibrary library;
     library.prepareCell();
-    library.writeOld("tran.sim", "DataFile= \"sub\\a.dat\"\r\nOutFile =\"..\\a.out\" x\nDataFile= \"a.csd\"\n");
+    library.writeOld("tran.sim",
+                     "DataFile= \"sub\\a.dat\"\r\nOutFile =\"..\\a.out\" x\nDataFile= \"a.csd\"\n");
     const fs::path before = fs::current_path();
     fs::current_path(library.cell);
     // A folder without a slash in its name has nothing that a relative name could be resolved against.
-    EXPECT_EQ(library.converter.rewriteSimProfile("cfg_analog", library.profiles, "tran.sim", "tran", "amp"), 0);
+    EXPECT_EQ(library.converter.rewriteSimProfile("cfg_analog", library.profiles, "tran.sim", "tran", "amp"),
+              0);
     fs::current_path(before);
     EXPECT_EQ(library.readNew("profiles/tran.sim"),
               "DataFile= \"sub\\a.dat\" \r\nOutFile= \"..\\a.out\" \nDataFile= \"cfg_analog/a.csd\" \n");
@@ -271,10 +273,13 @@ TEST(TarnetProfileFile, NamesComeFromTheArguments) {
     library.prepareCell();
     fs::create_directories(library.profiles + "/Tran");
     library.writeOld("a.lib", "models");
-    library.writeOld("Tran.SIM", "DesignFile\nNetlistFile= \"x.sim.cir\"\nOutFile= \"tran.out\"\n+1 \"a.lib\"\n");
-    EXPECT_EQ(library.converter.rewriteSimProfile(library.cfg, library.profiles, "Tran.SIM", "Tran", "Cell"), 0);
-    EXPECT_EQ(library.readNew("profiles/Tran.SIM"),
-              "Connectivity= \"Cell.net\" \nNetlistFile= \"Tran.cir\" \nOutFile= \"Tran.out\" \n+1 \"a.lib\" \n");
+    library.writeOld("Tran.SIM",
+                     "DesignFile\nNetlistFile= \"x.sim.cir\"\nOutFile= \"tran.out\"\n+1 \"a.lib\"\n");
+    EXPECT_EQ(library.converter.rewriteSimProfile(library.cfg, library.profiles, "Tran.SIM", "Tran", "Cell"),
+              0);
+    EXPECT_EQ(
+        library.readNew("profiles/Tran.SIM"),
+        "Connectivity= \"Cell.net\" \nNetlistFile= \"Tran.cir\" \nOutFile= \"Tran.out\" \n+1 \"a.lib\" \n");
     EXPECT_EQ(library.readNew("profiles/Tran/a.lib"), "models");
 }
 

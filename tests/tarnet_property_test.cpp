@@ -67,8 +67,8 @@ private:
 
     // Names of three characters at least, so that no path has its third one behind a folder by chance.
     std::string newName() {
-        static const std::vector<std::string> kPieces = {"amp", "Ctl", "P", "q1", "W-", "\xC3\x96l", " x",
-                                                         "7",   "_",   "zz", "\xE4"};
+        static const std::vector<std::string> kPieces = {"amp", "Ctl", "P", "q1", "W-",  "\xC3\x96l",
+                                                         " x",  "7",   "_", "zz", "\xE4"};
         for (;;) {
             std::string name = "n";
             for (std::uint32_t i = 0, count = 2 + below(3); i < count; ++i) name += oneOf(kPieces);
@@ -115,8 +115,8 @@ private:
                 if (chance(20)) add(cell + "/other/" + name, noise());
             }
         }
-        for (const char* name : {"x.prp", "x.als", "y.ALS", "x.par", "x.opt.log", "x.obk", "x.txt", "a.b.c", "x-default.mrk",
-                                 "expand.cfg", "readme", "ends."}) {
+        for (const char* name : {"x.prp", "x.als", "y.ALS", "x.par", "x.opt.log", "x.obk", "x.txt", "a.b.c",
+                                 "x-default.mrk", "expand.cfg", "readme", "ends."}) {
             if (chance(30)) add(cfg + name, noise());
         }
         if (chance(50)) add(cfg + cell + "-" + cell + ".prp", noise());
@@ -131,7 +131,8 @@ private:
             const std::string profile = newName();
             if (chance(80)) add(cfg + profile + (chance(20) ? ".SIM" : ".sim"), profileFile(profile));
             if (chance(80)) add(cfg + (chance(20) ? recased(profile) : profile) + ".sim.cir", deck());
-            for (const char* extension : {"dat", "csd", "out", "mc.out", "sim.1op", "sim.mif", "mrk", "prb"}) {
+            for (const char* extension :
+                 {"dat", "csd", "out", "mc.out", "sim.1op", "sim.mif", "mrk", "prb"}) {
                 if (chance(30)) add(cfg + profile + "." + extension, noise());
             }
         }
@@ -139,9 +140,9 @@ private:
 
     // A path as a user would write it in the old view, whether something is there or not.
     std::string reference(const std::string& extension) {
-        static const std::vector<std::string> kFolders = {"",          "",           "./",     "sub dir/",
-                                                          "./sub dir/", "nowhere/",   "../",    "../other/",
-                                                          "../../",     "../nowhere/", "@/",     "ab/"};
+        static const std::vector<std::string> kFolders = {
+            "",    "",          "./",     "sub dir/",    "./sub dir/", "nowhere/",
+            "../", "../other/", "../../", "../nowhere/", "@/",         "ab/"};
         const std::string folder = oneOf(kFolders);
         std::string path = folder + oneOf(bases_) + "." + extension;
         if (folder == "../../" || folder == "@/") path = folder + "shared." + extension;
@@ -152,7 +153,8 @@ private:
         }
         if (chance(10)) {
             const std::size_t dot = path.rfind('.');
-            for (std::size_t i = dot; i < path.size(); ++i) path[i] = static_cast<char>(std::toupper(path[i]));
+            for (std::size_t i = dot; i < path.size(); ++i)
+                path[i] = static_cast<char>(std::toupper(path[i]));
         }
         if (folder != "@/" && chance(40)) std::replace(path.begin(), path.end(), '/', '\\');
         return path;
@@ -174,7 +176,8 @@ private:
     std::string deck() {
         std::vector<std::string> lines = {"* deck"};
         for (std::uint32_t i = 0, count = below(9); i < count; ++i) {
-            const std::string directive = oneOf(std::vector<std::string>{".INC", ".LIB", ".STMLIB", ".inc", ".Lib"});
+            const std::string directive =
+                oneOf(std::vector<std::string>{".INC", ".LIB", ".STMLIB", ".inc", ".Lib"});
             const std::string lower = lowerCase(directive);
             std::string value = reference(lower == ".inc" ? "inc" : lower == ".lib" ? "lib" : "stl");
             if (lower == ".inc" && chance(30)) value = chance(70) ? "x.net" : "..\\any.NET";
@@ -188,7 +191,8 @@ private:
     std::string netlist() {
         std::vector<std::string> lines = {"* netlist"};
         for (std::uint32_t i = 0, count = below(5); i < count; ++i) {
-            lines.push_back(".INC \"" + reference(oneOf(std::vector<std::string>{"par", "lib", "inc"})) + "\"");
+            lines.push_back(".INC \"" + reference(oneOf(std::vector<std::string>{"par", "lib", "inc"})) +
+                            "\"");
             if (chance(30)) lines.push_back(".LIB \"" + reference("lib") + "\"");
         }
         return dressed(lines);
@@ -197,7 +201,8 @@ private:
     std::string optimizerFile() {
         std::vector<std::string> lines = {"goal 1"};
         for (std::uint32_t i = 0, count = below(4); i < count; ++i) {
-            lines.push_back("ext \"" + oneOf(std::vector<std::string>{"corners.mdp", "limits.mdp", "absent.mdp"}) +
+            lines.push_back("ext \"" +
+                            oneOf(std::vector<std::string>{"corners.mdp", "limits.mdp", "absent.mdp"}) +
                             "\" 1");
         }
         return dressed(lines);
@@ -264,7 +269,8 @@ std::string findFile(const std::string& folder, const std::string& reference) {
             if (!fs::is_directory(found)) return {};
             std::vector<fs::path> alike;
             for (const auto& entry : fs::directory_iterator(found)) {
-                if (lowerCase(entry.path().filename().string()) == lowerCase(name)) alike.push_back(entry.path());
+                if (lowerCase(entry.path().filename().string()) == lowerCase(name))
+                    alike.push_back(entry.path());
             }
             if (alike.size() != 1) return {};
             found = alike.front();
@@ -363,10 +369,12 @@ private:
             if (!isDirective) {
                 EXPECT_EQ(line.text, old.text);
             } else if (isNetlist) {
-                EXPECT_EQ(quotedValue(line.text), "../../" + fs::path(cfg).parent_path().filename().string() + ".net");
+                EXPECT_EQ(quotedValue(line.text),
+                          "../../" + fs::path(cfg).parent_path().filename().string() + ".net");
                 ++kept["netlists"];
             } else if (!looksAbsolute(value) && !findFile(cfg, value).empty()) {
-                EXPECT_NE(findFile(folder, quotedValue(line.text)), "") << old.text << " becomes " << line.text;
+                EXPECT_NE(findFile(folder, quotedValue(line.text)), "")
+                    << old.text << " becomes " << line.text;
                 ++kept["references"];
             }
         }
@@ -389,8 +397,8 @@ private:
             const std::string value = quotedValue(old.text);
             const std::string newValue = quotedValue(newEntries[at++]);
             const std::string file = findFile(cfg, value);
-            const bool isMoved = old.text[1] < '8' && !file.empty() && !looksAbsolute(value) &&
-                                 !value.starts_with("/");
+            const bool isMoved =
+                old.text[1] < '8' && !file.empty() && !looksAbsolute(value) && !value.starts_with("/");
             if (isMoved) {
                 EXPECT_EQ(newValue.find_first_of("/\\"), std::string::npos) << old.text;
                 EXPECT_NE(findFile(folder, newValue), "") << old.text;

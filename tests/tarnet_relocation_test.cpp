@@ -40,15 +40,15 @@ TEST(TarnetClassification, TheListsAreFilledInOrder) {
     EXPECT_THAT(converter.cellExtensions(), IsEmpty());
     EXPECT_THAT(converter.profileExtensions(), IsEmpty());
     EXPECT_EQ(converter.classifyCellFiles(), 0);
-    EXPECT_THAT(converter.copyExtensions(), ElementsAre("lib", "prp", "olb", "err", "ind", "stl", "stm", "inc",
-                                                        "obk", "opj", "cmrk", "mkr", "dmap", "map", "bak", "log"));
-    EXPECT_THAT(converter.cellExtensions(),
-                ElementsAre("sim", "net", "als", "par", "opt", "aap", "prp", "opt.log", "monte.log", "sens.log",
-                            "smoke.log"));
-    EXPECT_THAT(converter.profileExtensions(),
-                ElementsAre("csd", "dat", "opt.dat", "mc.dat", "sens.dat", "opt.csd", "mc.csd", "sens.csd", "out",
-                            "out.1", "opt.out", "mc.out", "sens.out", "mrk", "prb", "sim.1op", "sim.cir",
-                            "sim.mif"));
+    EXPECT_THAT(converter.copyExtensions(),
+                ElementsAre("lib", "prp", "olb", "err", "ind", "stl", "stm", "inc", "obk", "opj", "cmrk",
+                            "mkr", "dmap", "map", "bak", "log"));
+    EXPECT_THAT(converter.cellExtensions(), ElementsAre("sim", "net", "als", "par", "opt", "aap", "prp",
+                                                        "opt.log", "monte.log", "sens.log", "smoke.log"));
+    EXPECT_THAT(
+        converter.profileExtensions(),
+        ElementsAre("csd", "dat", "opt.dat", "mc.dat", "sens.dat", "opt.csd", "mc.csd", "sens.csd", "out",
+                    "out.1", "opt.out", "mc.out", "sens.out", "mrk", "prb", "sim.1op", "sim.cir", "sim.mif"));
 }
 
 TEST(TarnetClassification, FillingTheListsAppends) {
@@ -161,8 +161,10 @@ TEST(TarnetClassification, OnlyTheCellsOwnPropertiesAreCalledAfterIt) {
     library.prepareCell();
     library.converter.setCellName("Top 1");
     const std::vector<std::pair<const char*, const char*>> cases = {
-        {"Top 1-Top 1.prp", "Top 1_sch.prp"}, {"TOP 1-top 1.prp", "Top 1_sch.prp"},
-        {"Top 1.prp", "Top 1.prp"},           {"amp-amp.prp", "amp-amp.prp"},
+        {"Top 1-Top 1.prp", "Top 1_sch.prp"},
+        {"TOP 1-top 1.prp", "Top 1_sch.prp"},
+        {"Top 1.prp", "Top 1.prp"},
+        {"amp-amp.prp", "amp-amp.prp"},
         {"xTop 1-Top 1.prp", "xTop 1-Top 1.prp"},
     };
     for (const auto& [name, expected] : cases) {
@@ -199,8 +201,9 @@ TEST(TarnetRelocation, EachFileGoesToItsPlace) {
     std::sort(expectedNames.begin(), expectedNames.end());
     expectedNames.erase(std::unique(expectedNames.begin(), expectedNames.end()), expectedNames.end());
     EXPECT_EQ(names, expectedNames);
-    for (const char* name : {"Any name.lib", "x.prp", "amp-x.prp", "amp_sch.prp", "amp.par", "profiles/ac/ac.opt.out",
-                             "profiles/tran/tran.1op", "profiles/tran/tran.mc.dat", "profiles/a-b/a-b.mrk"}) {
+    for (const char* name :
+         {"Any name.lib", "x.prp", "amp-x.prp", "amp_sch.prp", "amp.par", "profiles/ac/ac.opt.out",
+          "profiles/tran/tran.1op", "profiles/tran/tran.mc.dat", "profiles/a-b/a-b.mrk"}) {
         EXPECT_EQ(newView[name], expected[name]) << name;
     }
     Tree after = library.tree();
@@ -232,8 +235,7 @@ TEST(TarnetRelocation, TheRewrittenFilesAreRewritten) {
         {"old.lib", "models"},
         {"old.mdp", "corners"},
         {"profiles/", ""},
-        {"profiles/tran.sim",
-         "Connectivity= \"amp.net\" \nNetlistFile= \"tran.cir\" \n+1 \"old.lib\" \n"},
+        {"profiles/tran.sim", "Connectivity= \"amp.net\" \nNetlistFile= \"tran.cir\" \n+1 \"old.lib\" \n"},
         {"profiles/tran/", ""},
         {"profiles/tran/old.lib", "models"},
         {"profiles/tran/tran.cir", ".INC \"../../amp.net\"\n.LIB \"../../old.lib\"\n"},
@@ -249,7 +251,8 @@ TEST(TarnetRelocation, OfSeveralFilesForOnePlaceTheLastOneIsThere) {
     library.writeOld("c.net", "R1 first and longer\n");
     library.writeOld("D.net", "R2\n");
     EXPECT_EQ(library.converter.relocateCellFiles(), 0);
-    EXPECT_EQ(library.newView(), (Tree{{"amp.als", "second"}, {"amp.net", "R2\n"}, {"master.tag", "amp.net"}}));
+    EXPECT_EQ(library.newView(),
+              (Tree{{"amp.als", "second"}, {"amp.net", "R2\n"}, {"master.tag", "amp.net"}}));
 }
 
 TEST(TarnetRelocation, AViewThatIsThereKeepsWhatElseIsInIt) {
@@ -293,7 +296,8 @@ TEST(TarnetRelocation, CopiesAreWritable) {
     }
     EXPECT_EQ(library.converter.relocateCellFiles(), 0);
     for (const char* name : {"a.lib", "amp.als", "profiles/tran/tran.dat", "amp.net"}) {
-        EXPECT_NE(fs::status(library.view + "/" + name).permissions() & fs::perms::owner_write, fs::perms::none)
+        EXPECT_NE(fs::status(library.view + "/" + name).permissions() & fs::perms::owner_write,
+                  fs::perms::none)
             << name;
     }
 }
@@ -316,8 +320,12 @@ TEST(TarnetRelocation, TheExtensionThatIsGivenDecidesOnAFileOfTheCell) {
     library.prepareCell();
     library.writeOld("x.y", "NetlistFile\nR1\n");
     const std::vector<std::pair<const char*, const char*>> cases = {
-        {"net", "amp.net"}, {"OPT", "amp.opt"},         {"prp", "amp_sch.prp"},
-        {"als", "amp.als"}, {"smoke.log", "amp.smoke.log"}, {"anything", "amp.anything"},
+        {"net", "amp.net"},
+        {"OPT", "amp.opt"},
+        {"prp", "amp_sch.prp"},
+        {"als", "amp.als"},
+        {"smoke.log", "amp.smoke.log"},
+        {"anything", "amp.anything"},
     };
     for (const auto& [extension, newName] : cases) {
         EXPECT_EQ(library.converter.relocateCellFile(library.cfg, "x.y", extension), 0) << extension;
@@ -339,7 +347,8 @@ TEST(TarnetRelocation, AnOutputMakesTheFoldersThatItNeedsEachTime) {
     for (int i = 0; i < 2; ++i) {
         fs::remove_all(library.profiles);
         EXPECT_EQ(library.converter.relocateProfileFile(library.cfg, "ac.dat", "dat"), 0);
-        EXPECT_EQ(library.newView(), (Tree{{"profiles/", ""}, {"profiles/ac/", ""}, {"profiles/ac/ac.dat", "data"}}));
+        EXPECT_EQ(library.newView(),
+                  (Tree{{"profiles/", ""}, {"profiles/ac/", ""}, {"profiles/ac/ac.dat", "data"}}));
     }
     EXPECT_EQ(library.converter.relocateProfileFile(library.cfg, "ac.out", "out"), 10108);
     EXPECT_EQ(lastError(), copyFileError(library.cfg + "/ac.out", library.profiles + "/ac/ac.out"));
@@ -370,7 +379,8 @@ TEST(TarnetRelocation, TheMarkerNamesTheNetlist) {
 
 struct Failure {
     const char* what;
-    // Changes the cell, which has "a.lib", "b.net", "c.als", "tran.dat", "tran.sim", "tran.sim.cir" and "z.lib".
+    // Changes the cell, which has "a.lib", "b.net", "c.als", "tran.dat", "tran.sim", "tran.sim.cir" and
+    // "z.lib".
     void (*spoil)(const TarnetLibrary& library);
     int status;
     LastError (*error)(const TarnetLibrary& library);
@@ -402,71 +412,91 @@ LastError noError(const TarnetLibrary&) {
 
 TEST(TarnetRelocation, AFileThatFailsEndsTheCellAndTheViewIsMarkedAllTheSame) {
     const std::vector<Failure> cases = {
-        {"nothing", [](const TarnetLibrary&) {}, 0, noError,
+        {"nothing",
+         [](const TarnetLibrary&) {},
+         0,
+         noError,
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran.sim", "profiles/tran/tran.cir",
           "profiles/tran/tran.dat", "z.lib"}},
         {"a folder in the place of an unchanged copy",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/a.lib"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/a.lib"); },
+         0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/a.lib", l.view + "/a.lib"); },
          {"master.tag"}},
         {"a folder in the place of the netlist",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/amp.net"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/amp.net"); },
+         0,
          [](const TarnetLibrary& l) { return openForWritingError(l.view + "/amp.net"); },
          {"a.lib", "master.tag"}},
         {"a folder in the place of a file of the cell",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/amp.als"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/amp.als"); },
+         0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/c.als", l.view + "/amp.als"); },
          {"a.lib", "amp.net", "master.tag"}},
         {"a file in the place of the folder of profiles",
-         [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/profiles", ""); }, 0,
+         [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/profiles", ""); },
+         0,
          [](const TarnetLibrary& l) { return createDirectoryError(l.profiles + "/tran"); },
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles"}},
         {"a file in the place of a profile's folder",
-         [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/profiles/tran", ""); }, 0,
+         [](const TarnetLibrary& l) { l.write("amp/tvx_sim_1/profiles/tran", ""); },
+         0,
          [](const TarnetLibrary& l) {
              return copyFileError(l.cfg + "/tran.dat", l.profiles + "/tran/tran.dat");
          },
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran"}},
         {"a folder in the place of an output",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/profiles/tran/tran.dat"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/profiles/tran/tran.dat"); },
+         0,
          [](const TarnetLibrary& l) {
              return copyFileError(l.cfg + "/tran.dat", l.profiles + "/tran/tran.dat");
          },
          {"a.lib", "amp.als", "amp.net", "master.tag"}},
         {"a folder in the place of a profile file",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/profiles/tran.sim"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/profiles/tran.sim"); },
+         0,
          [](const TarnetLibrary& l) { return openForWritingError(l.profiles + "/tran.sim"); },
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran/tran.dat"}},
         {"a folder in the place of a deck",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/profiles/tran/tran.cir"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/profiles/tran/tran.cir"); },
+         0,
          [](const TarnetLibrary& l) { return openForWritingError(l.profiles + "/tran/tran.cir"); },
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran.sim", "profiles/tran/tran.dat"}},
         {"a folder called like an unchanged copy",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/cfg_analog/b.inc"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/cfg_analog/b.inc"); },
+         0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/b.inc", l.view + "/b.inc"); },
          {"a.lib", "master.tag"}},
         {"a folder called like a netlist",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/cfg_analog/c.net"); }, 0,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/cfg_analog/c.net"); },
+         0,
          [](const TarnetLibrary& l) { return openForReadingError(l.cfg + "/c.net"); },
          {"a.lib", "amp.als", "amp.net", "master.tag"}},
         {"a folder called like a profile file",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/cfg_analog/ac.sim"); }, 0, noError,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/cfg_analog/ac.sim"); },
+         0,
+         noError,
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran.sim", "profiles/tran/tran.cir",
           "profiles/tran/tran.dat", "z.lib"}},
-        {"a link to itself", [](const TarnetLibrary& l) { fs::create_symlink("b.lib", l.cfg + "/b.lib"); }, 0,
+        {"a link to itself",
+         [](const TarnetLibrary& l) { tests::makeLink("b.lib", l.cfg + "/b.lib"); },
+         0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/b.lib", l.view + "/b.lib"); },
          {"a.lib", "master.tag"}},
         {"a folder in the place of the marker",
-         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/master.tag"); }, 10106,
+         [](const TarnetLibrary& l) { l.makeFolder("amp/tvx_sim_1/master.tag"); },
+         10106,
          [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); },
-         {"a.lib", "amp.als", "amp.net", "profiles/tran.sim", "profiles/tran/tran.cir", "profiles/tran/tran.dat",
-          "z.lib"}},
+         {"a.lib", "amp.als", "amp.net", "profiles/tran.sim", "profiles/tran/tran.cir",
+          "profiles/tran/tran.dat", "z.lib"}},
         {"folders in the places of a file and of the marker",
          [](const TarnetLibrary& l) {
              l.makeFolder("amp/tvx_sim_1/master.tag");
              l.makeFolder("amp/tvx_sim_1/amp.net");
          },
-         10106, [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); }, {"a.lib"}},
+         10106,
+         [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); },
+         {"a.lib"}},
     };
     for (const Failure& failure : cases) {
         TarnetLibrary library;
@@ -477,31 +507,46 @@ TEST(TarnetRelocation, AFileThatFailsEndsTheCellAndTheViewIsMarkedAllTheSame) {
         EXPECT_EQ(lastError(), failure.error(library)) << failure.what;
         EXPECT_EQ(filesOf(library.newView()), failure.files) << failure.what;
         const bool isMarked = failure.status == 0;
-        EXPECT_EQ(library.existsNew("master.tag") && readFile(library.view + "/master.tag") == "amp.net", isMarked)
+        EXPECT_EQ(library.existsNew("master.tag") && readFile(library.view + "/master.tag") == "amp.net",
+                  isMarked)
             << failure.what;
     }
 }
 
 TEST(TarnetRelocation, ASourceThatMayNotBeReadEndsTheCell) {
     const std::vector<Failure> cases = {
-        {"a.lib", nullptr, 0,
+        {"a.lib",
+         nullptr,
+         0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/a.lib", l.view + "/a.lib"); },
          {"master.tag"}},
-        {"b.net", nullptr, 0, [](const TarnetLibrary& l) { return openForReadingError(l.cfg + "/b.net"); },
+        {"b.net",
+         nullptr,
+         0,
+         [](const TarnetLibrary& l) { return openForReadingError(l.cfg + "/b.net"); },
          {"a.lib", "master.tag"}},
-        {"c.als", nullptr, 0,
+        {"c.als",
+         nullptr,
+         0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/c.als", l.view + "/amp.als"); },
          {"a.lib", "amp.net", "master.tag"}},
-        {"tran.dat", nullptr, 0,
+        {"tran.dat",
+         nullptr,
+         0,
          [](const TarnetLibrary& l) {
              return copyFileError(l.cfg + "/tran.dat", l.profiles + "/tran/tran.dat");
          },
          {"a.lib", "amp.als", "amp.net", "master.tag"}},
         // One that may not be read counts as absent, and the others come along.
-        {"tran.sim", nullptr, 0, noError,
+        {"tran.sim",
+         nullptr,
+         0,
+         noError,
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran/tran.cir", "profiles/tran/tran.dat",
           "z.lib"}},
-        {"tran.sim.cir", nullptr, 0,
+        {"tran.sim.cir",
+         nullptr,
+         0,
          [](const TarnetLibrary& l) { return openForReadingError(l.cfg + "/tran.sim.cir"); },
          {"a.lib", "amp.als", "amp.net", "master.tag", "profiles/tran.sim", "profiles/tran/tran.dat"}},
     };
@@ -529,13 +574,19 @@ TEST(TarnetRelocation, AFullDiskEndsTheCellAndMayLeaveRoomForTheMarker) {
         std::vector<std::string> files;
     } cases[] = {
         // A copy of 12 bytes is cut, and the part stays.
-        {11, 0, [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/a.lib", l.view + "/a.lib"); },
+        {11,
+         0,
+         [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/a.lib", l.view + "/a.lib"); },
          {"a.lib", "master.tag"}},
         // The netlist, of 13 bytes, is removed when it cannot be written to its end.
-        {12, 0, [](const TarnetLibrary& l) { return openForWritingError(l.view + "/amp.net"); },
+        {12,
+         0,
+         [](const TarnetLibrary& l) { return openForWritingError(l.view + "/amp.net"); },
          {"a.lib", "master.tag"}},
         // Not even the 7 bytes of the marker.
-        {6, 10106, [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); },
+        {6,
+         10106,
+         [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); },
          {"a.lib"}},
     };
     for (const auto& c : cases) {

@@ -2,11 +2,11 @@
 //
 // The project-file library: what its functions read and how they change a project.
 
-#include <sys/stat.h>
-
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "platform/platform.h"
 #include "support/wobjProject.h"
 #include "tvx_wobj/tvx_wobj.h"
 
@@ -391,12 +391,14 @@ TEST(WriteProjectFiles, AFolderWithoutAListOfFilesGetsOne) {
 
 // What would tell that the file was written again, though its bytes are the same.
 struct Identity {
-    explicit Identity(const std::string& path) { EXPECT_EQ(stat(path.c_str(), &status), 0); }
-    bool operator==(const Identity& other) const {
-        return status.st_ino == other.status.st_ino && status.st_mtim.tv_sec == other.status.st_mtim.tv_sec &&
-               status.st_mtim.tv_nsec == other.status.st_mtim.tv_nsec;
+    explicit Identity(const std::string& path) : changedAt(std::filesystem::last_write_time(path)) {
+        EXPECT_EQ(tvxconv::platform::getStatus(path.c_str(), status), 0);
     }
-    struct stat status {};
+    bool operator==(const Identity& other) const {
+        return tvxconv::platform::isSameFile(status, other.status) && changedAt == other.changedAt;
+    }
+    std::filesystem::file_time_type changedAt;
+    tvxconv::platform::FileStatus status;
 };
 
 TEST(WobjWritingNothingNew, LeavesTheFileItself) {

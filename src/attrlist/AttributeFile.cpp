@@ -4,6 +4,7 @@
 #include <limits>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "attrlist/CellPool.h"
 #include "attrlist/reader.h"
@@ -36,20 +37,33 @@ private:
 };
 
 // Closed in any case.
-struct OutputFile {
+class OutputFile {
+public:
     OutputFile() = default;
-    ~OutputFile() {
-        if (descriptor != -1) platform::closeFile(descriptor);
-    }
+    ~OutputFile() { close(); }
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    int descriptor = -1;
-};
+    int open(const char* path) {
+        constexpr unsigned kPermissions = 0666;
+        return platform::openForWriting(path, platform::FileMode::text, kPermissions, nullptr, descriptor_);
+    }
 
-bool isAtom(const ListCell* cell) {
-    return cell != nullptr && kindOf(cell) != 'L';
-}
+    void write(std::string_view text) {
+        const std::int64_t written = platform::writeSome(descriptor_, text.data(), text.size());
+        if (written != static_cast<std::int64_t>(text.size())) isWhole_ = false;
+    }
+
+    // Whether every byte has reached the file.
+    bool close() {
+        if (descriptor_ != -1 && platform::closeFile(std::exchange(descriptor_, -1)) != 0) isWhole_ = false;
+        return isWhole_;
+    }
+
+private:
+    int descriptor_ = -1;
+    bool isWhole_ = true;
+};
 
 }  // namespace
 
@@ -102,15 +116,11 @@ int AttributeFile::write(const char* path) {
         close();  // nothing can be written into a stream that reads
         return kWritten;
     }
-    constexpr unsigned kPermissions = 0666;
     OutputFile output;
-    if (platform::openForWriting(isOtherFile ? path : path_.c_str(), platform::FileMode::text, kPermissions,
-                                 nullptr, output.descriptor) != 0) {
-        return kCannotOpen;
-    }
-    printTree(*this, nameOfType(type_), [&](std::string_view text) {
-        platform::writeSome(output.descriptor, text.data(), text.size());
-    });
+    isWrittenWhole_ = false;
+    if (output.open(isOtherFile ? path : path_.c_str()) != 0) return kCannotOpen;
+    printTree(*this, nameOfType(type_), [&](std::string_view text) { output.write(text); });
+    isWrittenWhole_ = output.close();
     return kWritten;
 }
 

@@ -5,7 +5,8 @@
 // write. A path is bytes in the code page of the host; the file is found as platform/platform.h finds files,
 // a folder never is one.
 //
-// Nothing is reported: the operations return one of the statuses below, the caller knows the message.
+// Nothing is reported: the operations return one of the statuses below, the caller knows the message. Where
+// memory runs out, read and write throw std::bad_alloc.
 
 #pragma once
 
@@ -58,6 +59,9 @@ public:
     // written names none.
     int write(const char* path);
 
+    // Whether the last write has written all: its status does not tell.
+    bool isWrittenWhole() const { return isWrittenWhole_; }
+
     // The index of a type's name, ignoring letter case; 7 where it is none or null.
     static int typeIndexOf(const char* name);
 
@@ -74,6 +78,7 @@ private:
     std::FILE* stream_ = nullptr;
     std::int32_t type_;
     std::int32_t modificationTime_ = 0x7FFFFFFF;
+    bool isWrittenWhole_ = false;
 };
 
 }  // namespace tvxconv::attrlist

@@ -175,6 +175,12 @@ AttributeNode* AttributeNode::root() {
     return node;
 }
 
+const AttributeNode* AttributeNode::root() const {
+    const AttributeNode* node = this;
+    while (node->parent_ != nullptr) node = node->parent_;
+    return node;
+}
+
 void AttributeNode::qualifiedName(std::string& out) {
     out.clear();
     std::size_t size = name_.size();

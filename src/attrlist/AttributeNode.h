@@ -69,9 +69,6 @@ public:
     // A node that knows its parent but is not among its children: addChild and adoptChild see to that.
     AttributeNode(const char* name, AttributeNode* parent);
 
-    // Takes the attributes and everything below with it, and leaves the parent's list of children.
-    virtual ~AttributeNode();
-
     AttributeNode(const AttributeNode&) = delete;
     AttributeNode& operator=(const AttributeNode&) = delete;
 
@@ -80,6 +77,9 @@ public:
     // qualified key, "ROOT.PARENT.KIND" (null here: a plain node).
     virtual std::string typeKeyFor(const char* name);
     virtual NodeFactory factoryFor(const char* qualifiedKey);
+
+    // Takes the attributes and everything below with it, and leaves the parent's list of children.
+    virtual ~AttributeNode();
 
     const char* name() const { return name_.c_str(); }
     AttributeNode* parent() const { return parent_; }
@@ -100,9 +100,6 @@ public:
 
     // Adds an attribute behind the others, also where there is one of that key already.
     Attribute* addAttribute(const char* key, const char* value);
-
-    // The same for many: the memory is taken from `blocks`.
-    Attribute* addAttribute(const char* key, const char* value, AttributeBlocks& blocks);
 
     // Deletes the first attribute of this key, if there is one.
     void removeAttribute(const char* key);
@@ -125,6 +122,7 @@ public:
 
     // The topmost node: this one, where it has no parent.
     AttributeNode* root();
+    const AttributeNode* root() const;
 
     // The names from the root down to this node with "." between them; `out` is cleared first.
     void qualifiedName(std::string& out);
@@ -141,6 +139,8 @@ private:
 
     static AttributeNode* createNode(const char* name, AttributeNode* parent, AttributeNode* root,
                                      std::string& parentKey);
+    // addAttribute for many: the memory is taken from `blocks`.
+    Attribute* addAttribute(const char* key, const char* value, AttributeBlocks& blocks);
     std::size_t indexOf(const char* key) const;
     void leaveParent();
 

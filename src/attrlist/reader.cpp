@@ -239,18 +239,31 @@ int ExpressionReader::getBehindSpace() {
 
 // A number goes on to the next blank, parenthesis or quote. A letter ends it, too, unless it is the e of an
 // exponent: 12ab is 12 and then ab. All else (1-2, 1.5.2, 1%) is taken along and adds nothing to the value.
+// Where an e turns out to have no digits, letters are taken along as well, for the e cannot be put back any
+// more: 12end is 12 and nothing else.
 void ExpressionReader::readNumber(int begin) {
     char text[kMostOfNumber];
     std::size_t length = 0;
+    bool needsDigit = false;  // an exponent has begun
+    bool lettersEndIt = true;
     for (int c = begin;;) {
         text[length++] = static_cast<char>(c);
         c = input_.get();
         if (c == EOF) break;
-        const bool isExponent = (c == 'e' || c == 'E') && canTakeExponent({text, length});
-        if (isOf(kEndsNumber, c) || length == kMostOfNumber || (isOf(kLetter, c) && !isExponent)) {
+        if (needsDigit && !isOf(kDigit, c)) {
+            const bool isSign = (c == '+' || c == '-') && isOf(kLetter, text[length - 1]);
+            needsDigit = isSign;
+            lettersEndIt = isSign;
+        } else {
+            needsDigit = false;
+        }
+        const bool isExponent = lettersEndIt && (c == 'e' || c == 'E') && canTakeExponent({text, length});
+        const bool isLetterBehind = lettersEndIt && isOf(kLetter, c) && !isExponent;
+        if (isOf(kEndsNumber, c) || length == kMostOfNumber || isLetterBehind) {
             input_.putBack();
             break;
         }
+        if (isExponent) needsDigit = true;
     }
     const double value = numberFrom({text, length});
     setContent(addElement('N', kContentAt + sizeof value), value);
@@ -413,11 +426,11 @@ const char* numberText(const ListCell* cell, char* buffer) {
 
 // --- the tree ---
 
-namespace {
-
 bool isAtom(const ListCell* cell) {
     return cell != nullptr && cell->kind != 'L';
 }
+
+namespace {
 
 bool isPair(const ListCell* element) {
     const ListCell* const second = rest(element);

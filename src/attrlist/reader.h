@@ -16,10 +16,9 @@
 #include <memory>
 
 #include "attrlist/AttributeNode.h"
+#include "attrlist/CellPool.h"
 
 namespace tvxconv::attrlist {
-
-class CellPool;
 
 // One token or one link of a list. It belongs to its pool and goes with it.
 struct ListCell;
@@ -47,6 +46,9 @@ ListCell* rest(const ListCell* cell);
 
 // 'L' link of a list, 'S' symbol, 'Q' quoted string, 'N' number; 0 for null.
 char kindOf(const ListCell* cell);
+
+// Whether it is a symbol, a string or a number.
+bool isAtom(const ListCell* cell);
 
 // The text of a symbol, or of a string; "" for anything else.
 const char* symbolText(const ListCell* cell);

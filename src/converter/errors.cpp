@@ -39,6 +39,11 @@ LastError& lastError() {
     return ownError != nullptr ? *ownError : error;
 }
 
+ErrorObserver& errorObserver() {
+    static ErrorObserver observer;
+    return observer;
+}
+
 }  // namespace
 
 int lookupErrorMessage(const char* const*& table, int& group, int& index, int code) {
@@ -103,6 +108,11 @@ void recordError(int code, const std::string& message) {
     setLastErrorCode(code);
     setLastErrorMessage(message);
     ++lastError().reports;
+    if (ownError == nullptr && errorObserver()) errorObserver()(code, message);
+}
+
+void observeErrors(ErrorObserver observer) {
+    errorObserver() = std::move(observer);
 }
 
 OwnErrors::OwnErrors() {

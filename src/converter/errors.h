@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace tvxconv {
@@ -49,6 +50,11 @@ int reportError(int code, const std::string& source, const std::string& destinat
 
 // Records what has been reported elsewhere, as reportError does.
 void recordError(int code, const std::string& message);
+
+// Has `observer` called with each error that becomes the process's last, at once and in the thread that does
+// the conversion; empty: nobody.
+using ErrorObserver = std::function<void(int code, const std::string& message)>;
+void observeErrors(ErrorObserver observer);
 
 // What one thread reports while it works beside another. From construction to destruction, which are in that
 // thread, its errors are kept here, and the process's last error stays as it is.

@@ -5,7 +5,8 @@
 namespace tvxconv {
 namespace {
 
-constexpr const char* kRenamedOutputs[][2] = {{kOldDeckExtension, "cir"}, {"sim.1op", "1op"}, {"sim.mif", "mif"}};
+constexpr const char* kRenamedOutputs[][2] = {
+    {kOldDeckExtension, "cir"}, {"sim.1op", "1op"}, {"sim.mif", "mif"}};
 
 }  // namespace
 

@@ -164,8 +164,8 @@ public:
     int rewriteOptimizerFile(std::string& newPath, const std::string& oldPath, const std::string& schematic,
                              const std::string& schematicFolder, const std::string& extension);
     // The new form of a design profile that an optimizer file names. One that lies in the project folder and
-    // is named without a folder comes along into the schematic's folder, unless it has moved already. Any
-    // status other than 0 leaves `reference` empty; 1 when it cannot be resolved.
+    // is named without a folder comes along into the schematic's folder, unless it has moved already.
+    // ERR_COPY_FILE when it cannot be copied; 1, with `reference` empty, when it cannot be resolved.
     int relocateDesignProfile(std::string& reference, const std::string& value,
                               const std::string& schematicFolder);
 
@@ -211,9 +211,9 @@ private:
     int runConversionSteps();
     int deleteOldFiles();
 
-    // Files that are copied into the folders of profiles while the conversion goes on. A copy that fails is
-    // reported when they are finished, unless a later error would have taken its place by then.
     int relocateEachSchematic();
+    // Outputs are copied while the conversion goes on. A copy that fails is reported when they are finished,
+    // unless a later error would have taken its place by then.
     void queueProfileOutputs(const std::string& designBase, const std::string& schematic,
                              const std::string& profile, const std::string& destination,
                              const std::string& profileFolder);

@@ -3,7 +3,6 @@
 
 #include "draftel/analysisProfile.h"
 
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,8 +10,6 @@
 #include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
-#include "fsutil/lines.h"
-#include "platform/platform.h"
 
 namespace tvxconv {
 namespace {
@@ -67,26 +64,10 @@ void renameProfilesOfMeasurements(AttributeNode& analysis, const DraftelProjectC
     }
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
-    platform::FileStatus first;
-    platform::FileStatus second;
-    return platform::getStatus(a.c_str(), first) == 0 && platform::getStatus(b.c_str(), second) == 0 &&
-           platform::isSameFile(first, second);
-}
-
-// Whether the file is a document to its end: the ")" of the outermost list, and no other, begins a line.
-bool isWhole(const std::string& path) {
-    fsutil::LineReader reader;
-    bool isClosed = false;
-    if (reader.open(path) != 0) return false;
-    for (std::string_view line; reader.next(line);) isClosed = line == ")\n";
-    return isClosed && !reader.failed();
-}
-
-// Writes the document as `path`. Writing does not tell of a full disk; what is not whole is removed.
+// Writes the document as `path`. What is not whole is removed.
 bool writeDocument(AttributeFile& document, const std::string& path) {
     if (document.write(path.c_str()) != attrlist::kWritten) return false;
-    if (isWhole(path)) return true;
+    if (document.isWrittenWhole()) return true;
     fsutil::deleteFile(path);
     return false;
 }
@@ -114,7 +95,7 @@ int DraftelProjectConverter::relocateAnalysisProfile(std::string& newPath, const
         }
     }
     // Through a link the old file itself would be changed.
-    const bool isWritten = !isSameFile(source, target) && writeDocument(document, target);
+    const bool isWritten = !fsutil::isSameFile(source, target) && writeDocument(document, target);
     return isWritten ? 0 : reportError(ERR_WRITE_FILE, target);
 }
 

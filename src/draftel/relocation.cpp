@@ -1,5 +1,5 @@
-// The relocation: folders for schematics and profiles, and the files that move without a change, or
-// with one that another file of this folder makes.
+// The relocation: folders for schematics and profiles, and the files that move without a change. Those that
+// are rewritten on the way have source files of their own beside this one.
 
 #include <algorithm>
 #include <cstdint>

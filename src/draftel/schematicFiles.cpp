@@ -123,6 +123,7 @@ int DraftelProjectConverter::relocateDesignProfile(std::string& reference, const
         reference = path;
         return 0;
     }
+    reference = path;
     const std::string file = projectDir + "/" + path;
     std::string newPath;
     if (findRelocation(recordedOldPath(file, projectDir), newPath) != 0) {
@@ -134,7 +135,6 @@ int DraftelProjectConverter::relocateDesignProfile(std::string& reference, const
         getDestinationDir(destination);
         if (isPresent) recordMove(file, newPath, destination);
     }
-    reference = path;
     return 0;
 }
 

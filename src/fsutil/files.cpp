@@ -84,12 +84,7 @@ int copyContents(const SourceFile& source, const char* destination, bool& isWrit
 int copyOpened(const SourceFile& file, const std::string& source, const std::string& destination) {
     bool isWritable = false;
     if (copyContents(file, destination.c_str(), isWritable) < 0) {
-        platform::FileStatus from;
-        platform::FileStatus to;
-        const bool sameFile = platform::getStatus(source.c_str(), from) == 0 &&
-                              platform::getStatus(destination.c_str(), to) == 0 &&
-                              platform::isSameFile(from, to);
-        return sameFile ? 0 : 1;
+        return isSameFile(source, destination) ? 0 : 1;
     }
     return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
 }
@@ -211,6 +206,13 @@ bool isPresentFile(const std::string& path) {
     bool flag = false;
     isRegularFile(path, flag);
     return flag;
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    platform::FileStatus first;
+    platform::FileStatus second;
+    return platform::getStatus(a.c_str(), first) == 0 && platform::getStatus(b.c_str(), second) == 0 &&
+           platform::isSameFile(first, second);
 }
 
 int ensureDirectory(const std::string& path) {

@@ -33,8 +33,8 @@ public:
     // Returns 1, with nothing appended, before a conversion.
     virtual int getNewStructure(std::vector<std::string>& lines) = 0;
 
-    // Writes `lines` under a heading to the file `reportName` in the library folder. Returns 1 before a
-    // conversion, or the code of the failure when the file cannot be opened.
+    // Writes `lines` under a heading to the file `reportName` in the library folder, which is known
+    // after a conversion. Returns 0, or the code of the failure when the file cannot be opened.
     virtual int writeReport(const std::vector<std::string>& lines, const std::string& reportName) = 0;
 
     // As in IDraftelProjectConverter, but `message` is always set.

@@ -8,6 +8,7 @@
 #include "converter/folderNames.h"
 #include "fsutil/files.h"
 #include "platform/platform.h"
+#include "tarnet/views.h"
 
 namespace tvxconv {
 namespace {
@@ -71,9 +72,10 @@ bool CellAhead::begin(const std::string& oldView) {
     if (fsutil::makeDirectory(newView_.c_str(), kFolderMode) != 0) return false;
     {
         const std::lock_guard lock(mutex_);
-        state_ = State::working;
+        isWorking_ = true;
     }
     changed_.notify_all();
+    isBegun_ = true;
     return true;
 }
 
@@ -83,32 +85,34 @@ int CellAhead::accept() {
         takeBack();
         std::rethrow_exception(std::exchange(thrown_, nullptr));
     }
-    state_ = State::idle;
+    isBegun_ = false;
     if (errorCode_ != 0) recordError(errorCode_, errorMessage_);
     return status_;
 }
 
 void CellAhead::takeBack() {
-    if (state_ == State::idle) return;
+    if (!isBegun_) return;
     wait();
-    state_ = State::idle;
+    isBegun_ = false;
+    // The mark first: what may be left of the view does not count as converted then.
+    fsutil::deleteFile(newView_ + "/" + kViewMarker);
     removeTree(newView_);
 }
 
 void CellAhead::wait() {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return state_ != State::working; });
+    changed_.wait(lock, [this] { return !isWorking_; });
 }
 
 void CellAhead::run() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return isEnding_ || state_ == State::working; });
-        if (state_ != State::working) return;
+        changed_.wait(lock, [this] { return isEnding_ || isWorking_; });
+        if (!isWorking_) return;
         lock.unlock();
         convert();
         lock.lock();
-        state_ = State::done;
+        isWorking_ = false;
         changed_.notify_all();
     }
 }

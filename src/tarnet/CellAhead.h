@@ -1,11 +1,12 @@
 // CellAhead.h
 //
-// A second thread that converts the next cell of a library while its owner converts one. Most of the time goes
-// by inside the system's calls that make small files, and two threads get nearly twice as much done there.
+// A second thread that converts the next cell of a library while its owner converts one. Most of the time
+// goes by inside the system's calls that make small files, and two threads get nearly twice as much done
+// there.
 //
-// What comes of it is what one thread would do: a cell ahead is accepted, with its errors, when its turn comes,
-// or taken back when the run has ended before. So only a cell whose new view is not there yet is converted
-// ahead. Belongs to one thread, which does all calls in turn: begin, then accept or takeBack.
+// What comes of it is what one thread would do: a cell ahead is accepted, with its errors, when its turn
+// comes, or taken back when the run has ended before. So only a cell whose new view is not there yet is
+// converted ahead. Belongs to one thread, which does all calls in turn: begin, then accept or takeBack.
 
 #pragma once
 
@@ -43,8 +44,6 @@ public:
     void takeBack();
 
 private:
-    enum class State { idle, working, done };
-
     void run();
     void convert();
     void wait();
@@ -57,12 +56,14 @@ private:
     std::string errorMessage_;
     std::exception_ptr thrown_;
 
+    bool isBegun_ = false;  // and neither accepted nor taken back
+
     std::mutex mutex_;
     std::condition_variable changed_;
-    State state_ = State::idle;
+    bool isWorking_ = false;
     bool isEnding_ = false;
-    bool canWork_ = true;
     std::thread thread_;
+    bool canWork_ = true;
 };
 
 }  // namespace tvxconv

@@ -6,8 +6,8 @@
 // that has the one and not yet the other: some files keep their names, some take the name of the cell, and
 // those of one simulation profile go to a folder of its own below "profiles". The old view is never changed.
 //
-// The operations stand in the order in which a conversion calls them, one source file each (see the comment at
-// each). Most work for one cell: they find its folders and its name in the object, where convertCell puts
+// The operations stand in the order in which a conversion calls them, one source file each (see the comment
+// at each). Most work for one cell: they find its folders and its name in the object, where convertCell puts
 // them. All paths are built with "/". A status is 0 or the code of the failure, which has been reported; 1
 // means that something was missing and nothing is reported.
 
@@ -93,9 +93,9 @@ public:
     // --- profileFile.cpp, netlists.cpp, optimizerFile.cpp ---
     // Each writes a new file from an old one, its references rewritten. Statuses as with rewriteLines.
 
-    // Writes `sourceDirectory`/`fileName` as `profilesDirectory`/`fileName`. The files that its "+" lines name
-    // are copied into the profile's folder. A file that is not there, or may not be read, is 0, with nothing
-    // written.
+    // Writes `sourceDirectory`/`fileName` as `profilesDirectory`/`fileName`. The files that its "+" lines
+    // name are copied into the profile's folder. A file that is not there, or may not be read, is 0, with
+    // nothing written.
     int rewriteSimProfile(const std::string& sourceDirectory, const std::string& profilesDirectory,
                           const std::string& fileName, const std::string& profileName,
                           const std::string& cellName);

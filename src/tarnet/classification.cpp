@@ -14,7 +14,7 @@ namespace tvxconv {
 namespace {
 
 // Copied under their own names.
-constexpr const char* kCopied[] = {"lib", "prp", "olb", "err",  "ind", "stl",  "stm", "inc",
+constexpr const char* kCopied[] = {"lib", "prp", "olb",  "err", "ind",  "stl", "stm", "inc",
                                    "obk", "opj", "cmrk", "mkr", "dmap", "map", "bak", "log"};
 
 // Called after the cell. "prp" is in both lists: the cell's own part properties are called after it, those
@@ -23,9 +23,9 @@ constexpr const char* kOfTheCell[] = {"sim", "net",     "als",       "par",     
                                       "prp", "opt.log", "monte.log", "sens.log", "smoke.log"};
 
 // Called after their profile, whose name their own begins with.
-constexpr const char* kOfAProfile[] = {"csd",      "dat",    "opt.dat", "mc.dat",  "sens.dat", "opt.csd",
-                                       "mc.csd",   "sens.csd", "out",   "out.1",   "opt.out",  "mc.out",
-                                       "sens.out", "mrk",    "prb",     "sim.1op", "sim.cir",  "sim.mif"};
+constexpr const char* kOfAProfile[] = {"csd",      "dat",      "opt.dat", "mc.dat",  "sens.dat", "opt.csd",
+                                       "mc.csd",   "sens.csd", "out",     "out.1",   "opt.out",  "mc.out",
+                                       "sens.out", "mrk",      "prb",     "sim.1op", "sim.cir",  "sim.mif"};
 
 template <std::size_t Count>
 void append(std::vector<std::string>& list, const char* const (&entries)[Count]) {
@@ -33,9 +33,8 @@ void append(std::vector<std::string>& list, const char* const (&entries)[Count])
 }
 
 bool contains(const std::vector<std::string>& list, const std::string& extension) {
-    return std::any_of(list.begin(), list.end(), [&](const std::string& entry) {
-        return fsutil::equalIgnoringCase(entry, extension);
-    });
+    return std::any_of(list.begin(), list.end(),
+                       [&](const std::string& entry) { return fsutil::equalIgnoringCase(entry, extension); });
 }
 
 }  // namespace
@@ -50,8 +49,9 @@ int TarnetProjectConverter::classifyCellFiles() {
 TarnetProjectConverter::Road TarnetProjectConverter::roadOf(const std::string& fileName,
                                                             const std::string& extension) const {
     if (extension.empty()) return Road::none;
-    const bool isCellsOwn = fsutil::equalIgnoringCase(extension, kPartProperties) &&
-                            fsutil::equalIgnoringCase(fileName, cellName_ + "-" + cellName_ + "." + kPartProperties);
+    const bool isCellsOwn =
+        fsutil::equalIgnoringCase(extension, kPartProperties) &&
+        fsutil::equalIgnoringCase(fileName, cellName_ + "-" + cellName_ + "." + kPartProperties);
     if (!isCellsOwn && contains(copyExtensions_, extension)) return Road::unchanged;
     if (contains(cellExtensions_, extension)) return Road::cell;
     if (contains(profileExtensions_, extension)) return Road::profile;
@@ -76,7 +76,8 @@ int TarnetProjectConverter::placeInNewView(const std::string& fileName, std::str
                          : newCellFileName(cellName_, extension);
             break;
         case Road::profile:
-            result = std::string(kProfilesFolder) + "/" + profile + "/" + newProfileFileName(profile, extension);
+            result =
+                std::string(kProfilesFolder) + "/" + profile + "/" + newProfileFileName(profile, extension);
             break;
     }
     place = result;

@@ -69,11 +69,15 @@ int TarnetProjectConverter::convertLibrary() {
 int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) {
     CellWalk walk(libraryDirectory_, names);
     CellAhead ahead(*this);
+    // The second thread does not know what a host has entered into the table of moves.
+    std::string oldPath;
+    std::string newPath;
+    const bool mayLookAhead = CellAhead::isPossible() && firstRelocation(oldPath, newPath) != 0;
     std::size_t converted = 0;
     for (std::string oldView = walk.next(); !oldView.empty();) {
         if (const int status = enterCell(oldView); status != 0) return status;
         if (const int status = makeNewView(); status != 0) return status;
-        const bool looksAhead = converted >= kCellsAlone && CellAhead::isPossible();
+        const bool looksAhead = mayLookAhead && converted >= kCellsAlone;
         const std::string following = looksAhead ? walk.next() : std::string();
         const bool isAhead = !following.empty() && ahead.begin(following);
         if (const int status = fillFromOldView(); status != 0) return status;

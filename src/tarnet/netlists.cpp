@@ -1,5 +1,5 @@
 // Rewriting the netlist of a cell, and the decks of its profiles that include it. The netlist lies in the new
-// view, a deck two folders below, and each names the other's files as seen from a deck.
+// view, a deck two folders below.
 
 #include "converter/decks.h"
 #include "converter/rewriting.h"
@@ -11,8 +11,8 @@ namespace tvxconv {
 
 int TarnetProjectConverter::rewriteNetlist(const std::string& sourcePath, const std::string& destinationPath,
                                            const std::string& cellName) {
-    // Of its includes only the parameter file survives, also of those without a readable value: the decks
-    // name the others.
+    // Of its includes only that of the parameter file survives. The decks name the others, and an include
+    // that names no file serves nobody.
     return rewriteLines(sourcePath, destinationPath, [&](std::string_view line, fsutil::LineWriter& writer) {
         std::string value;
         if (!fsutil::beginsWithKey(line, kInclude)) {

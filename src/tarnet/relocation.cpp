@@ -91,7 +91,8 @@ int TarnetProjectConverter::relocateCellFile(const std::string& sourceDirectory,
     const std::string source = sourceDirectory + "/" + fileName;
     const std::string destination = newView + "/" + newCellFileName(cellName_, extension);
     if (equalIgnoringCase(extension, kNetlist)) return rewriteNetlist(source, destination, cellName_);
-    if (equalIgnoringCase(extension, kOptimizerFile)) return rewriteOptimizerFile(source, destination, newView);
+    if (equalIgnoringCase(extension, kOptimizerFile))
+        return rewriteOptimizerFile(source, destination, newView);
     return copyFileOrReport(source, destination);
 }
 

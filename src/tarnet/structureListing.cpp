@@ -61,10 +61,7 @@ void TarnetProjectConverter::listCell(const std::string& cellFolder, std::vector
 
 int TarnetProjectConverter::writeReport(const std::vector<std::string>& lines,
                                         const std::string& reportName) {
-    return guarded([&] {
-        if (libraryDirectory_.empty()) return 1;
-        return writeReportFile(libraryDirectory_ + "/" + reportName, lines);
-    });
+    return guarded([&] { return writeReportFile(libraryDirectory_ + "/" + reportName, lines); });
 }
 
 }  // namespace tvxconv

@@ -17,7 +17,8 @@ bool isView(const std::string& folder) {
 }
 
 std::string newCellFileName(const std::string& cell, const std::string& extension) {
-    // Other files of the new view name the netlist; it is called the same in all.
+    // Other files and programs look for these two by the cell's name, so their extensions are spelled alike
+    // in all cells.
     for (const char* rewritten : {kNetlist, kOptimizerFile}) {
         if (equalIgnoringCase(extension, rewritten)) return cell + "." + rewritten;
     }

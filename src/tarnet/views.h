@@ -1,7 +1,7 @@
 // views.h
 //
-// The two views of a cell: their folders, the file that marks a folder as a view, and what files are called in
-// the new one.
+// The two views of a cell: their folders, the file that marks a folder as a view, and what files are called
+// in the new one.
 
 #pragma once
 

@@ -56,8 +56,8 @@ public:
     tvxconv::TarnetProjectConverter converter;
 };
 
-// One line, without its end, and what is written in its place; null for nothing. @LIB@, @CELL@ and @CFG@ stand
-// for the folders of the library, of "amp" and of its old view.
+// One line, without its end, and what is written in its place; null for nothing. @LIB@, @CELL@ and @CFG@
+// stand for the folders of the library, of "amp" and of its old view.
 struct TarnetLine {
     const char* line;
     const char* written;

@@ -19,7 +19,7 @@ TestFolder::TestFolder() {
     std::string pattern = (fs::temp_directory_path() / "tvxconv-test-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) std::abort();
     chmod(pattern.c_str(), 0755);
-    path_ = pattern;
+    path_ = fs::path(pattern).generic_string();
 }
 
 TestFolder::~TestFolder() {
@@ -50,6 +50,14 @@ bool TestFolder::exists(const std::string& name) const {
 }
 
 std::string readFile(const std::string& path) {
+#ifdef _WIN32
+    return replaced(readBytes(path), "\r\n", "\n");
+#else
+    return readBytes(path);
+#endif
+}
+
+std::string readBytes(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
@@ -96,6 +104,22 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     return text;
 }
 
+void makeLink(const std::filesystem::path& target, const std::filesystem::path& path) {
+#ifdef _WIN32
+    skipTest(("needs a symbolic link: " + path.generic_string() + " to " + target.generic_string()).c_str());
+#else
+    fs::create_symlink(target, path);
+#endif
+}
+
+unsigned keptPermissions(unsigned permissions) {
+#ifdef _WIN32
+    return (permissions & 0200U) != 0 ? 0666 : 0444;
+#else
+    return permissions;
+#endif
+}
+
 bool succeedsWithoutRoot(bool (*body)(void* context), void* context) {
     std::cout.flush();
     const pid_t child = fork();
@@ -112,6 +136,7 @@ bool succeedsWithoutRoot(bool (*body)(void* context), void* context) {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+#ifndef _WIN32  // support/windows has its own
 ProgramResult runProgram(const std::vector<std::string>& command, const std::string& folder,
                          const std::vector<std::string>& environment) {
     const TestFolder scratch;
@@ -142,5 +167,6 @@ ProgramResult runProgram(const std::vector<std::string>& command, const std::str
     result.errors = readFile(errors);
     return result;
 }
+#endif
 
 }  // namespace tests

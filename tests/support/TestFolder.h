@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -33,7 +34,10 @@ private:
     std::string path_;
 };
 
+// A whole file. On Windows, where text files end their lines with "\r\n", the first gives "\n" for it, so
+// that one expectation serves all systems.
 std::string readFile(const std::string& path);
+std::string readBytes(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 
 // All below `folder`: a file by its relative path with its content, a folder by its path with a slash
@@ -41,6 +45,13 @@ void writeFile(const std::string& path, const std::string& text);
 using Tree = std::map<std::string, std::string>;
 Tree treeOf(const std::string& folder);
 void writeTree(const std::string& folder, const Tree& tree);
+
+// Makes the symbolic link `path`, which leads to `target`. On Windows, where only some users may do that, the
+// test ends as skipped.
+void makeLink(const std::filesystem::path& target, const std::filesystem::path& path);
+
+// What the system keeps of the permission bits of a file: all, or on Windows whether it is read-only.
+unsigned keptPermissions(unsigned permissions);
 
 // Every "from" in `text` replaced by "to".
 std::string replaced(std::string text, const std::string& from, const std::string& to);

@@ -4,7 +4,9 @@
 
 #pragma once
 
+#ifndef _WIN32
 #include <sys/mman.h>
+#endif
 
 #include <cstdio>
 #include <cstring>
@@ -29,6 +31,15 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 enum class StreamKind { file, memory, forward };
 constexpr StreamKind kStreamKinds[] = {StreamKind::file, StreamKind::memory, StreamKind::forward};
 
+#ifdef _WIN32
+// There every stream reads a file.
+inline Stream streamOf(const std::string& text, StreamKind = StreamKind::file) {
+    Stream stream(std::tmpfile());
+    std::fwrite(text.data(), 1, text.size(), stream.get());
+    std::rewind(stream.get());
+    return stream;
+}
+#else
 inline Stream streamOf(const std::string& text, StreamKind kind = StreamKind::file) {
     if (kind == StreamKind::file) {
         Stream stream(fdopen(memfd_create("text", 0), "w+"));
@@ -61,6 +72,7 @@ inline Stream streamOf(const std::string& text, StreamKind kind = StreamKind::fi
     };
     return Stream(fopencookie(new Source{text}, "r", functions));
 }
+#endif
 
 // What the stream still holds.
 inline std::string restOf(std::FILE* stream) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/TestFolder.h"
+#include "support/builtFiles.h"
 
 namespace clitest {
 
@@ -22,7 +23,7 @@ using tests::ProgramResult;
 using tests::TestFolder;
 using tests::Tree;
 
-constexpr const char* kProgram = TVXCONV_BIN_DIR "/tvxconv";
+constexpr const char* kProgram = tests::kProgramFile;
 constexpr const char* kKeptFolder = "tvxconv-old-files";
 
 // --- the small project ---

@@ -1,0 +1,230 @@
+// tarnet_many_cells_test.cpp
+//
+// Libraries of many cells, which two threads convert: what comes of it is what one thread would do, also
+// where cells fail.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/TarnetLibrary.h"
+#include "support/cliProject.h"
+#include "support/fileLimit.h"
+#include "support/foldersInMemory.h"
+
+namespace {
+
+using namespace tests;
+using tvxconv::TarnetProjectConverter;
+namespace fs = std::filesystem;
+
+constexpr int kCells = 14;
+
+std::string cellName(int number) {
+    return number < 10 ? "cell0" + std::to_string(number) : "cell" + std::to_string(number);
+}
+
+// A library of cells with a few files each, in the place of "amp".
+class ManyCells : private FoldersInMemory, public TarnetLibrary {
+public:
+    ManyCells() {
+        fs::remove_all(cell);
+        for (int number = 0; number < kCells; ++number) {
+            addCell(cellName(number));
+            writeOldOf(number, "a.lib", "models of " + cellName(number));
+            writeOldOf(number, "b.net", ".INC \"x.par\"\nR1 1 0 1k\n");
+            writeOldOf(number, "tran.dat", "data");
+            writeOldOf(number, "tran.sim.cir", ".LIB \"a.lib\"\n");
+        }
+    }
+
+    void writeOldOf(int number, const std::string& name, const std::string& text) const {
+        write(cellName(number) + "/cfg_analog/" + name, text);
+    }
+
+    int convert() {
+        forgetLastError();
+        return converter.convert(0, std::string());
+    }
+
+    // The tree with the new views of the cells before `end`.
+    static Tree convertedUpTo(Tree tree, int end) {
+        for (int number = 0; number < end; ++number) {
+            const std::string name = cellName(number);
+            const std::string viewOf = name + "/tvx_sim_1/";
+            for (const char* below : {"", "profiles/", "profiles/tran/"}) tree[viewOf + below] = "";
+            tree[viewOf + "a.lib"] = "models of " + name;
+            tree[viewOf + name + ".net"] = ".INC \"../" + name + ".par\"\nR1 1 0 1k\n";
+            tree[viewOf + "master.tag"] = name + ".net";
+            tree[viewOf + "profiles/tran/tran.dat"] = "data";
+            tree[viewOf + "profiles/tran/tran.cir"] = ".LIB \"../../a.lib\"\n";
+        }
+        return tree;
+    }
+
+    std::string viewOf(int number) const { return path(cellName(number)) + "/tvx_sim_1"; }
+};
+
+std::string difference(const Tree& before, const Tree& after) {
+    return clitest::difference(before, after);
+}
+
+TEST(TarnetManyCells, AreAllConverted) {
+    ManyCells library;
+    const Tree before = library.tree();
+    EXPECT_EQ(library.convert(), 0);
+    EXPECT_EQ(lastError(), LastError());
+    EXPECT_EQ(difference(ManyCells::convertedUpTo(before, kCells), library.tree()), "");
+}
+
+TEST(TarnetManyCells, TheFieldsTellOfTheLastOne) {
+    for (const int cells : {kCells, kCells - 1}) {
+        ManyCells library;
+        for (int number = cells; number < kCells; ++number) fs::remove_all(library.path(cellName(number)));
+        EXPECT_EQ(library.convert(), 0);
+        std::string text = "left over";
+        EXPECT_EQ(library.converter.getCellName(text), 0);
+        EXPECT_EQ(text, cellName(cells - 1));
+        EXPECT_EQ(library.converter.getNewProjectPath(text), 0);
+        EXPECT_EQ(text, library.viewOf(cells - 1) + "/" + cellName(cells - 1) + ".opj");
+    }
+}
+
+TEST(TarnetManyCells, ACellWithoutItsNewViewEndsTheRunAndLaterOnesAreAsTheyWere) {
+    for (int failing = 0; failing < kCells; ++failing) {
+        ManyCells library;
+        library.write(cellName(failing) + "/tvx_sim_1", "a file");
+        const Tree before = library.tree();
+        EXPECT_EQ(library.convert(), 10106) << failing;
+        EXPECT_EQ(lastError(), openForWritingError(library.viewOf(failing) + "/master.tag")) << failing;
+        EXPECT_EQ(difference(ManyCells::convertedUpTo(before, failing), library.tree()), "") << failing;
+        std::string text = "left over";
+        EXPECT_EQ(library.converter.getCellName(text), 0);
+        EXPECT_EQ(text, cellName(failing));
+    }
+}
+
+TEST(TarnetManyCells, ACellThatMayNotBeWrittenToEndsTheRunAndLaterOnesAreAsTheyWere) {
+    for (int failing = 4; failing < 8; ++failing) {
+        ManyCells library;
+        openToAll(library.folder.path());
+        ASSERT_EQ(chmod(library.path(cellName(failing)).c_str(), 0555), 0);
+        const Tree before = library.tree();
+        EXPECT_TRUE(succeedsWithoutRoot([&] {
+            EXPECT_EQ(library.convert(), 10102) << failing;
+            EXPECT_EQ(lastError(), createDirectoryError(library.viewOf(failing))) << failing;
+            return true;
+        }));
+        EXPECT_EQ(difference(ManyCells::convertedUpTo(before, failing), library.tree()), "") << failing;
+    }
+}
+
+// A mark that cannot be written in a view that the conversion has made itself: the name of the netlist is too
+// long for the disk.
+TEST(TarnetManyCells, AFullDiskAtAMarkEndsTheRunAndLaterOnesAreAsTheyWere) {
+    for (int failing = 4; failing < 8; ++failing) {
+        ManyCells library;
+        const std::string longName = cellName(failing) + std::string(60, 'x');
+        fs::rename(library.path(cellName(failing)), library.path(longName));
+        fs::remove_all(library.path(longName) + "/cfg_analog");
+        library.addCell(longName);
+        const Tree before = library.tree();
+        EXPECT_TRUE(succeedsWithFileLimit(60, [&] {
+            EXPECT_EQ(library.convert(), 10106) << failing;
+            EXPECT_EQ(lastError(), openForWritingError(library.path(longName) + "/tvx_sim_1/master.tag"))
+                << failing;
+            return true;
+        }));
+        Tree expected = ManyCells::convertedUpTo(before, failing);
+        expected[longName + "/tvx_sim_1/"] = "";
+        EXPECT_EQ(difference(expected, library.tree()), "") << failing;
+    }
+}
+
+TEST(TarnetManyCells, TheLastErrorIsThatOfTheLastCellThatFails) {
+    for (int first = 4; first < 8; ++first) {
+        for (const int second : {first, first + 1}) {
+            ManyCells library;
+            const Tree before = library.tree();
+            Tree expected = ManyCells::convertedUpTo(before, kCells);
+            for (const int failing : {first, second}) {
+                // A folder that is called like a file ends the cell at its first file.
+                fs::remove(library.path(cellName(failing)) + "/cfg_analog/a.lib");
+                library.makeFolder(cellName(failing) + "/cfg_analog/a.lib");
+                expected.erase(cellName(failing) + "/cfg_analog/a.lib");
+                expected[cellName(failing) + "/cfg_analog/a.lib/"] = "";
+                std::erase_if(expected, [&](const auto& entry) {
+                    return entry.first.starts_with(cellName(failing) + "/tvx_sim_1/");
+                });
+                expected[cellName(failing) + "/tvx_sim_1/"] = "";
+                expected[cellName(failing) + "/tvx_sim_1/master.tag"] = cellName(failing) + ".net";
+            }
+            EXPECT_EQ(library.convert(), 0) << first << " " << second;
+            EXPECT_EQ(lastError(), copyFileError(library.path(cellName(second)) + "/cfg_analog/a.lib",
+                                                 library.viewOf(second) + "/a.lib"))
+                << first << " " << second;
+            EXPECT_EQ(difference(expected, library.tree()), "") << first << " " << second;
+        }
+    }
+}
+
+TEST(TarnetManyCells, ViewsThatAreThereAndCellsThatAreConvertedAreInNobodysWay) {
+    ManyCells library;
+    Tree expected = ManyCells::convertedUpTo(library.tree(), kCells);
+    for (int number = 2; number < kCells; number += 3) {
+        library.write(cellName(number) + "/tvx_sim_1/left.over", "mine");
+        expected[cellName(number) + "/tvx_sim_1/left.over"] = "mine";
+    }
+    for (int number = 3; number < kCells; number += 4) {
+        library.write(cellName(number) + "/tvx_sim_1/master.tag", "converted");
+        std::erase_if(expected, [&](const auto& entry) {
+            return entry.first.starts_with(cellName(number) + "/tvx_sim_1/") &&
+                   !entry.first.ends_with(".over");
+        });
+        expected[cellName(number) + "/tvx_sim_1/"] = "";
+        expected[cellName(number) + "/tvx_sim_1/master.tag"] = "converted";
+    }
+    EXPECT_EQ(library.convert(), 0);
+    EXPECT_EQ(difference(expected, library.tree()), "");
+}
+
+// Two names of one folder: the first converts it, and the second finds it converted.
+TEST(TarnetManyCells, AFolderUnderTwoNamesIsConvertedOnce) {
+    for (int number = 4; number < 8; ++number) {
+        for (const bool linkIsFirst : {true, false}) {
+            ManyCells library;
+            const std::string link = cellName(linkIsFirst ? number : number + 1);
+            const std::string folder = cellName(linkIsFirst ? number + 1 : number);
+            fs::remove_all(library.path(link));
+            fs::create_directory_symlink(folder, library.path(link));
+            EXPECT_EQ(library.convert(), 0);
+            EXPECT_EQ(lastError(), LastError());
+            EXPECT_EQ(library.read(folder + "/tvx_sim_1/master.tag"), cellName(number) + ".net");
+            EXPECT_EQ(treeOf(library.path(folder) + "/tvx_sim_1").size(), 7U) << number;
+        }
+    }
+}
+
+TEST(TarnetManyCells, AnOldViewThatMayNotBeListedIsPassedOver) {
+    for (int number = 4; number < 8; ++number) {
+        ManyCells library;
+        openToAll(library.folder.path());
+        Tree expected = ManyCells::convertedUpTo(library.tree(), kCells);
+        std::erase_if(expected, [&](const auto& entry) {
+            return entry.first.starts_with(cellName(number) + "/tvx_sim_1/");
+        });
+        expected[cellName(number) + "/tvx_sim_1/"] = "";
+        ASSERT_EQ(chmod((library.path(cellName(number)) + "/cfg_analog").c_str(), 0333), 0);
+        EXPECT_TRUE(succeedsWithoutRoot([&] {
+            EXPECT_EQ(library.convert(), 0) << number;
+            EXPECT_EQ(lastError(), LastError()) << number;
+            return true;
+        }));
+        EXPECT_EQ(difference(expected, library.tree()), "") << number;
+    }
+}
+
+}  // namespace
