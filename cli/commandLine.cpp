@@ -65,6 +65,7 @@ void addCommonOptions(CLI::App& command, const char* reportFolder, std::string& 
 bool readCommandLine(int argc, char** argv, std::variant<DraftelOptions, TarnetOptions>& command,
                      int& exitStatus) {
     CLI::App app("Moves the simulation files of design projects into the new layout.", "tvxconv");
+    app.allow_windows_style_options(false);  // "/old/amp.opj" is a path on Windows, too
     app.set_version_flag("--version", std::string("tvxconv ") + TVXCONV_VERSION);
     app.footer(footer(kDraftelExamples + kTarnetExamples));
     app.require_subcommand(1);

@@ -117,7 +117,7 @@ TEST_F(CopyQueueTest, ALaterCopyToTheSamePlaceIsTheOneThatStays) {
     EXPECT_TRUE(queue_.finish().empty());
     for (int folder = 0; folder < kFolders; ++folder) {
         EXPECT_EQ(folder_.read(target(folder) + "/A"), text(folder, 1));
-        EXPECT_FALSE(folder_.exists(target(folder) + "/a"));
+        EXPECT_EQ(folder_.exists(target(folder) + "/a"), tests::kOnWindows);
     }
 }
 

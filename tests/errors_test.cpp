@@ -244,28 +244,26 @@ TEST(RecordError, StoresCodeAndMessageAsTheyAre) {
 
 TEST(OwnErrors, KeepWhatTheirThreadReportsFromTheStore) {
     reportError(ERR_FILE_NOT_FOUND, "before");
-    int code = 99;
-    int codeAtFirst = 99;
-    int codeAgain = 99;
-    string message = "rubbish";
-    string messageAtFirst = "rubbish";
+    const std::uint64_t before = countReportedErrors();
+    std::vector<std::size_t> counts;
+    std::vector<OwnErrors::Report> reports;
     std::thread([&] {
         const OwnErrors errors;
-        codeAtFirst = OwnErrors::take(messageAtFirst);
+        counts.push_back(OwnErrors::take().size());
         reportError(ERR_CREATE_DIRECTORY, "first");
-        reportError(ERR_OPEN_FOR_READING, "second");
-        code = OwnErrors::take(message);
-        string rest;
-        codeAgain = OwnErrors::take(rest);
-        reportError(ERR_OPEN_FOR_READING, "not taken");
+        reportError(ERR_DELETE_FILE, "second");
+        reports = OwnErrors::take();
+        counts.push_back(OwnErrors::take().size());
+        reportError(ERR_DELETE_FILE, "not taken");
     }).join();
-    EXPECT_EQ(codeAtFirst, 0);
-    EXPECT_EQ(messageAtFirst, "");
-    EXPECT_EQ(code, 10105);
-    EXPECT_EQ(message,
-              "Failed to open file \"second\" for reading. Check its access permissions and existence on the "
-              "disk.");
-    EXPECT_EQ(codeAgain, 0);
+    EXPECT_EQ(counts, (std::vector<std::size_t>{0, 0}));
+    ASSERT_EQ(reports.size(), 2U);
+    EXPECT_EQ(reports[0].code, 10102);
+    EXPECT_EQ(reports[0].message,
+              "Failed to create directory \"first\". Check write permissions on the parent directory.");
+    EXPECT_EQ(reports[1].code, 10107);
+    EXPECT_EQ(reports[1].message, "Failed to delete file \"second\".");
+    EXPECT_EQ(countReportedErrors(), before);
     expectStored(10104, "File \"before\" does not exist.");
 }
 

@@ -31,13 +31,13 @@ struct LastError {
     std::uint64_t reports = 0;
 };
 
-// Set in a thread that has errors of its own.
-thread_local LastError* ownError = nullptr;
-
 LastError& lastError() {
     static LastError error;
-    return ownError != nullptr ? *ownError : error;
+    return error;
 }
+
+// Set in a thread that has errors of its own.
+thread_local std::vector<OwnErrors::Report>* ownErrors = nullptr;
 
 ErrorObserver& errorObserver() {
     static ErrorObserver observer;
@@ -105,10 +105,14 @@ int reportError(int code, const std::string& source, const std::string& destinat
 }
 
 void recordError(int code, const std::string& message) {
+    if (ownErrors != nullptr) {
+        ownErrors->push_back({code, message});
+        return;
+    }
     setLastErrorCode(code);
     setLastErrorMessage(message);
     ++lastError().reports;
-    if (ownError == nullptr && errorObserver()) errorObserver()(code, message);
+    if (errorObserver()) errorObserver()(code, message);
 }
 
 void observeErrors(ErrorObserver observer) {
@@ -116,16 +120,15 @@ void observeErrors(ErrorObserver observer) {
 }
 
 OwnErrors::OwnErrors() {
-    ownError = new LastError();
+    ownErrors = new std::vector<Report>();
 }
 
 OwnErrors::~OwnErrors() {
-    delete std::exchange(ownError, nullptr);
+    delete std::exchange(ownErrors, nullptr);
 }
 
-int OwnErrors::take(std::string& message) {
-    message = std::exchange(lastError().message, {});
-    return std::exchange(lastError().code, 0);
+std::vector<OwnErrors::Report> OwnErrors::take() {
+    return std::exchange(*ownErrors, {});
 }
 
 std::uint64_t countReportedErrors() {

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace tvxconv {
 
@@ -65,8 +66,12 @@ public:
     OwnErrors(const OwnErrors&) = delete;
     OwnErrors& operator=(const OwnErrors&) = delete;
 
-    // The last error since the call before: its code, 0 when there was none, and its message.
-    static int take(std::string& message);
+    // The errors since the call before, in their order.
+    struct Report {
+        int code = 0;
+        std::string message;
+    };
+    static std::vector<Report> take();
 };
 
 // How often reportError has been called in this process: whether an error is still the last.

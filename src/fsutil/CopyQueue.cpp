@@ -6,7 +6,6 @@
 
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
-#include "platform/platform.h"
 
 namespace tvxconv::fsutil {
 
@@ -104,7 +103,8 @@ void CopyQueue::startHelper() {
 }
 
 void CopyQueue::help() {
-    if (platform::beginOwnFolders() != 0) return;
+    const OwnFolders folders;
+    if (!folders.isReady()) return;
     std::unique_lock lock(mutex_);
     for (;;) {
         changed_.wait(lock, [this] { return ending_ || !waiting_.empty(); });
@@ -115,8 +115,6 @@ void CopyQueue::help() {
         helping_ = false;
         changed_.notify_all();
     }
-    lock.unlock();
-    platform::endOwnFolders();
 }
 
 void CopyQueue::endHelper() {

@@ -282,8 +282,18 @@ int closeDirectory(DirectoryListing* handle) {
     return closeDirectoryListing(handle);
 }
 
+int removeDirectory(const std::string& path) {
+    return isPathText(path) && platform::removeFolder(path.c_str()) == 0 ? 0 : 1;
+}
+
 void forgetFolders() {
     platform::forgetFolders();
+}
+
+OwnFolders::OwnFolders() : isReady_(platform::beginOwnFolders() == 0) {}
+
+OwnFolders::~OwnFolders() {
+    platform::endOwnFolders();
 }
 
 }  // namespace tvxconv::fsutil

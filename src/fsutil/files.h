@@ -106,7 +106,26 @@ int openDirectory(const std::string& path, DirectoryListing*& handle);
 int readDirectory(DirectoryListing* handle, std::string& name);
 int closeDirectory(DirectoryListing* handle);
 
+// Removes an empty folder. Returns 0, or 1 when that cannot be done.
+int removeDirectory(const std::string& path);
+
 // Gives back the memory of what is remembered of folders; a conversion does so at its end.
 void forgetFolders();
+
+// What is remembered of folders is not locked. A thread that makes files beside another has one of these as
+// long as it does, made and ended in that thread: it then remembers for itself.
+class OwnFolders {
+public:
+    OwnFolders();
+    ~OwnFolders();
+    OwnFolders(const OwnFolders&) = delete;
+    OwnFolders& operator=(const OwnFolders&) = delete;
+
+    // Whether there was memory for it; if not, the thread must not touch the disk.
+    bool isReady() const { return isReady_; }
+
+private:
+    bool isReady_;
+};
 
 }  // namespace tvxconv::fsutil

@@ -7,7 +7,6 @@
 #include "converter/errors.h"
 #include "converter/folderNames.h"
 #include "fsutil/files.h"
-#include "platform/platform.h"
 #include "tarnet/views.h"
 
 namespace tvxconv {
@@ -23,7 +22,7 @@ void removeTree(const std::string& folder) {
         if (fsutil::deleteFile(path) != 0) removeTree(path);
         return true;
     });
-    platform::removeFolder(folder.c_str());
+    fsutil::removeDirectory(folder);
 }
 
 }  // namespace
@@ -81,12 +80,9 @@ bool CellAhead::begin(const std::string& oldView) {
 
 int CellAhead::accept() {
     wait();
-    if (thrown_) {
-        takeBack();
-        std::rethrow_exception(std::exchange(thrown_, nullptr));
-    }
     isBegun_ = false;
-    if (errorCode_ != 0) recordError(errorCode_, errorMessage_);
+    if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
+    for (const OwnErrors::Report& error : errors_) recordError(error.code, error.message);
     return status_;
 }
 
@@ -118,16 +114,16 @@ void CellAhead::run() {
 }
 
 void CellAhead::convert() {
+    const fsutil::OwnFolders folders;
     thrown_ = nullptr;
     try {
         const OwnErrors errors;
-        if (platform::beginOwnFolders() != 0) throw std::bad_alloc();
+        if (!folders.isReady()) throw std::bad_alloc();
         status_ = converter_.fillNewView(fileNames_);
-        errorCode_ = OwnErrors::take(errorMessage_);
+        errors_ = OwnErrors::take();
     } catch (...) {
         thrown_ = std::current_exception();
     }
-    platform::endOwnFolders();
 }
 
 }  // namespace tvxconv

@@ -17,6 +17,7 @@
 #include <thread>
 #include <vector>
 
+#include "converter/errors.h"
 #include "tarnet/TarnetProjectConverter.h"
 
 namespace tvxconv {
@@ -37,7 +38,8 @@ public:
     // second thread, the old view cannot be listed, or the new one is there or cannot be made.
     bool begin(const std::string& oldView);
 
-    // Waits for the cell, records its last error, if any, and returns its status.
+    // Waits for the cell, records its errors, and returns its status. What the work on it threw
+    // (memory ran out) is thrown here.
     int accept();
 
     // Waits for the cell and removes its new view.
@@ -52,8 +54,7 @@ private:
     std::string newView_;
     std::vector<std::string> fileNames_;
     int status_ = 0;
-    int errorCode_ = 0;
-    std::string errorMessage_;
+    std::vector<OwnErrors::Report> errors_;
     std::exception_ptr thrown_;
 
     bool isBegun_ = false;  // and neither accepted nor taken back
