@@ -288,6 +288,7 @@ TEST_F(InPlace, AFailureAtAnyStepLeavesTheOldFilesAsTheyWere) {
 
 // The same with a design in another folder, of which a copy goes to the project's folder.
 TEST_F(InPlace, AFailureLeavesADesignInAnotherFolderAsItWas) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
     folder_.makeFolder("designs");
     for (const char* name : {"amp.dsn", "amp-SCHEMATIC1.net"}) {
         fs::rename(folder_.path("amp/") + name, folder_.path("designs/") + name);
@@ -558,6 +559,7 @@ TEST_F(InPlaceWithoutRights, AFolderOfTheDesignThatMayNotBeWrittenLeavesTheOldFi
 
 // A profile file need not be named after the design. It is found by the name before its first dot.
 TEST_F(InPlace, AProfileFileOfAnotherNameIsMovedAndAfterAFailurePutBack) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
     for (const char* registered : {".\\\\other.sim", ".\\\\OTHER.Sim", ".\\\\other.v2.sim",
                                    ".\\\\far\\\\other.sim", "other.sim", "..\\\\other.sim", ".\\\\other"}) {
         startAnew();

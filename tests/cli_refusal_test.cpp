@@ -475,6 +475,7 @@ TEST_F(Refusal, AProfileFileOfNoiseIsLeftOutAndTold) {
 
 // Noise that is found behind the names is carried along as it is.
 TEST_F(Refusal, NoiseInAProfileFileIsCopiedByteForByte) {
+    if (tests::kOnWindows) GTEST_SKIP() << "text files end at a Ctrl-Z there";
     std::string noise;
     for (int i = 0; i < 70000; ++i) noise += static_cast<char>((i * 7919) >> 5);
     noise = "~" + tests::replaced(noise, "\n", "\n~") + "\n";  // no line is one of a profile's

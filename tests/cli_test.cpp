@@ -316,6 +316,7 @@ TEST_F(CommandLine, DotsInTheArgumentsDoNotChangeWhatTheProjectNames) {
         {"deep/old/new", "/../../../%/deep/./old/amp/amp.opj", "/..//%/deep/old/new"},
     };
     for (const auto& one : cases) {
+        if (tests::kOnWindows && one.project[0] == '/') continue;  // a drive comes first there
         folder_.makeFolder("deep/old/new/below");
         const ProgramResult result =
             runTvxconv({"draftel", tests::replaced(one.project, "%", folder_.path()), "--to",

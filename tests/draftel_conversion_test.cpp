@@ -219,6 +219,7 @@ TEST(DraftelConversion, TheLetterCaseOfOldNamesDoesNotMatter) {
 }
 
 TEST(DraftelConversion, InPlaceWhatStaysKeepsTheSpellingOnDisk) {
+    if (tests::kOnWindows) GTEST_SKIP() << "a name cannot be given again in other letters there";
     for (const auto newName : {inUpperCase, inMixedCase}) {
         const Sample sample;
         Tree expected = subTree(sample.expected(), "amp-TevrixFiles/");

@@ -122,6 +122,7 @@ TEST(DraftelDesign, TheDesignIsFoundWhereTheProjectSays) {
         {{"board.dsn", "amp.dsn"}, "@DIR@/board.dsn", {"@DIR@/board.dsn", "@DIR@", "board"}},
     };
     for (const Case& entry : cases) {
+        if (kOnWindows && entry.file.find(':') != std::string::npos) continue;  // no name of a file there
         DraftelProject project;
         Strings entries;
         for (const std::string& path : entry.entries) entries.push_back(filledIn(project, path));

@@ -411,6 +411,7 @@ TEST(DraftelDriver, InPlaceNothingIsDeletedWhenTheConversionFails) {
 
 // Deleting refuses a name that exists in two spellings, so a twin makes it fail at a chosen file.
 TEST(DraftelDriver, AFileThatCannotBeDeletedEndsTheDeleting) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
     DraftelProject project;
     for (const char* extension : {"inc", "lib", "olb"})
         project.write(std::string("amp.") + extension, extension);
@@ -452,6 +453,7 @@ TEST(DraftelDriver, ADesignInAnotherFolderIsKeptAndItsNetlistDeleted) {
 }
 
 TEST(DraftelDriver, AnAbsolutePathThatCannotBeDeletedIsNamedByItsKey) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
     DraftelProject project;
     project.remove("amp.dsn");
     project.folder.write("Board/amp.dsn", designText({"S1"}));

@@ -128,7 +128,7 @@ TEST(DraftelProjectFile, FilesInTheirPlaceAreNotCopiedButRecorded) {
         project.write("amp.dbk", "backup");
         project.converter.setDestinationDir(inOtherCase ? project.folder.path("PROJECT") : project.dir);
         EXPECT_EQ(project.converter.updateProjectFiles(), 0) << inOtherCase;
-        EXPECT_FALSE(project.folder.exists("PROJECT")) << inOtherCase;
+        EXPECT_EQ(project.folder.exists("PROJECT"), kOnWindows) << inOtherCase;  // where that is another name
         EXPECT_EQ(project.read("amp.dsn"), designText({"S1"})) << inOtherCase;
         EXPECT_EQ(project.read("amp.dbk"), "backup") << inOtherCase;
         EXPECT_EQ(movesOf(project.converter), (Moves{{lowerCase(project.path("amp.dsn")), "./amp.dsn"},
@@ -386,6 +386,9 @@ TEST(DraftelProjectFile, OnlyMovedProfilesOfTheProjectFolderAreRegistered) {
                        {".\\amp-S1-unknown.sim", "unknown", "S1"},
                        {".\\amp-S1-nodot", "nodot", "S1"},
                        {"", "", ""}};
+    // Where there are drives, only they begin an absolute path.
+    if (kOnWindows)
+        std::erase_if(before.profiles, [](const auto& profile) { return profile[0].starts_with("/"); });
     ProjectJson after;
     after.active = ".\\amp-tevrixfiles\\s1\\ac.sim";
     after.profiles = {{".\\amp-tevrixfiles\\s1\\tran.sim", "tran", "S1"},

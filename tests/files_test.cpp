@@ -281,6 +281,8 @@ TEST_F(CopyFileContents, GivesANewFileThePermissionsOfTheSource) {
         setPermissions(source, permissions);
         EXPECT_EQ(fsutil::copyFileContents(source.c_str(), folder.path("out").c_str()), 0);
         EXPECT_EQ(permissionsOf(folder.path("out")), tests::keptPermissions(permissions));
+        setPermissions(folder.path("out"), 0666);  // Windows does not remove what is read-only
+        setPermissions(source, 0666);
         std::filesystem::remove(folder.path("out"));
         std::filesystem::remove(source);
     }
@@ -647,6 +649,7 @@ TEST_F(CopyFile, DoesNothingWhereBothTextsNameOneFile) {
 }
 
 TEST_F(CopyFile, AddsTheOwnersRightToWriteAndTakesNothingAway) {
+    if (tests::kOnWindows) GTEST_SKIP() << "of all permissions only read-only is kept there";
     const FileModeMask mask(0);
     const struct {
         unsigned source;
@@ -854,6 +857,7 @@ TEST_F(Listing, OfAnEmptyFolderHasItselfAndItsParent) {
 }
 
 TEST_F(Listing, IsInAscendingOrderIgnoringCase) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
     for (const char* name : {"b.sim", "B10", "a", "C", "AMP.SIM", "amp-S1.net", "b2", "b", ".hidden", "-",
                              "z z", "amp.sim", "Amp.sim", "10", "9", "\xE4", "...", "A"}) {
         folder.write(name, "");

@@ -648,6 +648,7 @@ TEST(TarnetInterface, HandsOutCodeAndMessageOfAFailure) {
 // --- without memory ---
 
 std::size_t openDescriptors() {
+    if (tests::kOnWindows) return 0;  // which has no list of them
     const std::filesystem::directory_iterator entries("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }

@@ -71,6 +71,7 @@ string x(std::size_t count) {
 }
 
 TEST(LineReader, DeliversLinesWithTheirEndsInPiecesOfAtMost1023Bytes) {
+    if (tests::kOnWindows) GTEST_SKIP() << "lines are read without their CR there";
     const struct {
         string text;
         Lines lines;
@@ -165,6 +166,7 @@ string randomText(std::mt19937& random, std::size_t size, bool withNuls) {
 }
 
 TEST(LineReader, DeliversWhatTheLibrarysLineBufferDoes) {
+    if (tests::kOnWindows) GTEST_SKIP() << "lines are read without their CR there";
     const TestFolder folder;
     std::mt19937 random(20);
     for (int round = 0; round < 60; ++round) {

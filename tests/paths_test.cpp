@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <string>
 
+#include "support/TestFolder.h"
+
 namespace {
 
 using namespace tvxconv;
@@ -156,6 +158,7 @@ TEST(MakeExplicitRelative, TakesAPathFromTheRootForARelativeOne) {
 }
 
 TEST(NormaliseReference, LeavesAPathFromTheRootAloneWhereThereAreNoDrives) {
+    if (tests::kOnWindows) GTEST_SKIP() << "there are drives";
     for (const char* text : {"/", "/x", "/x.sim", "/home/u/amp.lib", "/a/b", "/home/u\\amp.lib", "/C:"}) {
         string path = text;
         bool isRelative = true;

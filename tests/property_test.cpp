@@ -83,8 +83,9 @@ bool quoted(const std::string& line, std::string& value) {
 // The file that `reference` names, seen from `folder`, letter case ignored; empty when there is none.
 std::string findFile(const std::string& folder, const std::string& reference) {
     const std::string path = slashed(reference);
-    fs::path found = "/";
-    for (const fs::path& part : fs::path(path.starts_with("/") ? path : folder + "/" + path)) {
+    const fs::path whole = fs::path(path).is_absolute() ? path : folder + "/" + path;
+    fs::path found = whole.root_path();
+    for (const fs::path& part : whole.relative_path()) {
         const std::string name = part.string();
         if (name.empty() || name == "." || name == "/") continue;
         if (name == "..") {
@@ -104,7 +105,7 @@ std::string findFile(const std::string& folder, const std::string& reference) {
             found /= name;
         }
     }
-    return fs::is_regular_file(found) ? found.string() : std::string();
+    return fs::is_regular_file(found) ? found.generic_string() : std::string();
 }
 
 std::string markAt(const std::string& folder, const std::string& reference) {

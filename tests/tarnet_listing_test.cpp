@@ -113,6 +113,7 @@ TEST(TarnetListing, OnlyCellsWithBothFoldersAreListed) {
 TEST(TarnetListing, ANameWithADotIsNoCell) {
     Converted library;
     for (const char* name : {"a.b", ".hidden", "ends."}) {
+        if (tests::kOnWindows && std::string(name) == "ends.") continue;  // the dot is dropped there
         library.addCell(name);
         library.makeFolder(std::string(name) + "/tvx_sim_1");
     }

@@ -102,7 +102,9 @@ TEST(TarnetProfileFile, ADataFileOfTheProfileIsNamedWithoutAFolderAndAnyOtherFro
         {"DataFile= \"../../run.dat\" ", "DataFile= \"@CELL@/../run.dat\" "},
         {"DataFile= \"C:\\Data\\run.dat\" ", "DataFile= \"C:/Data/run.dat\" "},
         {"DataFile= \"\\\\srv\\run.dat\" ", "DataFile= \"//srv/run.dat\" "},
-        {"DataFile= \"/far/run.dat\"", "DataFile= \"/far/run.dat\" "},
+        // Where there are drives, only they begin an absolute path.
+        {"DataFile= \"/far/run.dat\"",
+         tests::kOnWindows ? "DataFile= \"@CFG@//far/run.dat\" " : "DataFile= \"/far/run.dat\" "},
         {"DataFile= \"ab/run.dat\"", "DataFile= \"ab/run.dat\" "},
         {"DataFile= \"\"", "DataFile= \"\" "},
         {"DataFile= \"tran.DAT\" ", kNoLine},
@@ -162,6 +164,7 @@ TEST(TarnetProfileFile, ALongLineIsTreatedInPieces) {
 // --- the table of moves, which is empty unless a host's own steps have filled it ---
 
 TEST(TarnetProfileFile, AnOutputInTheTableOfMovesIsNamedAfterItsNewPlace) {
+    if (tests::kOnWindows) GTEST_SKIP() << "an absolute path begins with a drive there";
     TarnetLibrary library;
     library.prepareCell();
     library.converter.addRelocation("./sub/old.dat", "./new/Moved.dat");

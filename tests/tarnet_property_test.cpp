@@ -67,8 +67,17 @@ private:
 
     // Names of three characters at least, so that no path has its third one behind a folder by chance.
     std::string newName() {
-        static const std::vector<std::string> kPieces = {"amp", "Ctl", "P", "q1", "W-",  "\xC3\x96l",
-                                                         " x",  "7",   "_", "zz", "\xE4"};
+        static const std::vector<std::string> kPieces = {"amp",
+                                                         "Ctl",
+                                                         "P",
+                                                         "q1",
+                                                         "W-",
+                                                         tests::kOnWindows ? "Oil" : "\xC3\x96l",
+                                                         " x",
+                                                         "7",
+                                                         "_",
+                                                         "zz",
+                                                         tests::kOnWindows ? "ae" : "\xE4"};
         for (;;) {
             std::string name = "n";
             for (std::uint32_t i = 0, count = 2 + below(3); i < count; ++i) name += oneOf(kPieces);
@@ -257,8 +266,9 @@ std::string quotedValue(const std::string& line) {
 // The file that `reference` names, seen from `folder`, letter case ignored; empty when there is none.
 std::string findFile(const std::string& folder, const std::string& reference) {
     const std::string path = slashed(reference);
-    fs::path found = "/";
-    for (const fs::path& part : fs::path(path.starts_with("/") ? path : folder + "/" + path)) {
+    const fs::path whole = fs::path(path).is_absolute() ? path : folder + "/" + path;
+    fs::path found = whole.root_path();
+    for (const fs::path& part : whole.relative_path()) {
         const std::string name = part.string();
         if (name.empty() || name == "." || name == "/") continue;
         if (name == "..") {
@@ -269,14 +279,14 @@ std::string findFile(const std::string& folder, const std::string& reference) {
             if (!fs::is_directory(found)) return {};
             std::vector<fs::path> alike;
             for (const auto& entry : fs::directory_iterator(found)) {
-                if (lowerCase(entry.path().filename().string()) == lowerCase(name))
+                if (lowerCase(entry.path().filename().generic_string()) == lowerCase(name))
                     alike.push_back(entry.path());
             }
             if (alike.size() != 1) return {};
             found = alike.front();
         }
     }
-    return fs::is_regular_file(found) ? found.string() : std::string();
+    return fs::is_regular_file(found) ? found.generic_string() : std::string();
 }
 
 bool looksAbsolute(const std::string& reference) {
@@ -338,11 +348,12 @@ private:
         const std::string view = dir_ + "/" + cell + "/tvx_sim_1";
         EXPECT_EQ(readFile(view + "/master.tag"), cell + ".net");
         for (const auto& entry : fs::directory_iterator(cfg)) {
-            const std::string name = entry.path().filename().string();
+            const std::string name = entry.path().filename().generic_string();
             const std::string lower = lowerCase(name);
             const std::string profile = name.substr(0, name.find('.'));
-            if (lower.ends_with(".sim.cir")) checkDeck(cfg, view, profile, entry.path().string());
-            if (lower.ends_with(".sim")) checkProfile(cfg, view, name, profile, entry.path().string());
+            if (lower.ends_with(".sim.cir")) checkDeck(cfg, view, profile, entry.path().generic_string());
+            if (lower.ends_with(".sim"))
+                checkProfile(cfg, view, name, profile, entry.path().generic_string());
         }
     }
 
@@ -412,7 +423,8 @@ private:
 
     static std::string findFolder(const std::string& parent, const std::string& name) {
         for (const auto& entry : fs::directory_iterator(parent)) {
-            if (lowerCase(entry.path().filename().string()) == lowerCase(name)) return entry.path().string();
+            if (lowerCase(entry.path().filename().generic_string()) == lowerCase(name))
+                return entry.path().generic_string();
         }
         ADD_FAILURE() << "no folder " << name << " in " << parent;
         return parent;
@@ -421,7 +433,7 @@ private:
     std::map<std::string, fs::file_time_type> times() const {
         std::map<std::string, fs::file_time_type> result;
         for (const auto& entry : fs::recursive_directory_iterator(folder_.path())) {
-            result[entry.path().string()] = entry.last_write_time();
+            result[entry.path().generic_string()] = entry.last_write_time();
         }
         return result;
     }

@@ -177,6 +177,7 @@ TEST(TarnetClassification, OnlyTheCellsOwnPropertiesAreCalledAfterIt) {
 // --- a whole cell ---
 
 TEST(TarnetRelocation, EachFileGoesToItsPlace) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
     TarnetLibrary library;
     knowCell(library);
     std::map<std::string, std::string> texts;

@@ -90,9 +90,21 @@ RandomProject::RandomProject(std::uint32_t seed) : random_(seed) {
 
 // Three characters at least, so that no path has its third one behind a folder by chance.
 std::string RandomProject::name() {
-    static const std::string pieces[] = {"a", "B", "c", "X",        "y",        "7", "0",
-                                         "-", "_", " ", "\xC3\xA4", "\xC3\x9F", "Q"};
-    std::string text = oneOf(std::vector<std::string>{"amp", "Ctl", "P", "q1", "W-", "\xC3\x96l"});
+    static const std::string pieces[] = {"a",
+                                         "B",
+                                         "c",
+                                         "X",
+                                         "y",
+                                         "7",
+                                         "0",
+                                         "-",
+                                         "_",
+                                         " ",
+                                         tests::kOnWindows ? "ae" : "\xC3\xA4",
+                                         tests::kOnWindows ? "ss" : "\xC3\x9F",
+                                         "Q"};
+    std::string text = oneOf(
+        std::vector<std::string>{"amp", "Ctl", "P", "q1", "W-", tests::kOnWindows ? "Oil" : "\xC3\x96l"});
     const std::uint32_t length = 2 + below(6);
     for (std::uint32_t i = 0; i < length; ++i) text += oneOf(pieces);
     return text + oneOf(std::vector<std::string>{"1", "z", "K"});

@@ -37,6 +37,8 @@ private:
 // A whole file. On Windows, where text files end their lines with "\r\n", the first gives "\n" for it, so
 // that one expectation serves all systems.
 std::string readFile(const std::string& path);
+// What readFile says of a file that holds this text.
+std::string asRead(const std::string& text);
 std::string readBytes(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 
@@ -49,6 +51,13 @@ void writeTree(const std::string& folder, const Tree& tree);
 // Makes the symbolic link `path`, which leads to `target`. On Windows, where only some users may do that, the
 // test ends as skipped.
 void makeLink(const std::filesystem::path& target, const std::filesystem::path& path);
+
+// For what has no meaning on Windows: if (kOnWindows) GTEST_SKIP() << "the reason".
+#ifdef _WIN32
+constexpr bool kOnWindows = true;
+#else
+constexpr bool kOnWindows = false;
+#endif
 
 // What the system keeps of the permission bits of a file: all, or on Windows whether it is read-only.
 unsigned keptPermissions(unsigned permissions);

@@ -29,10 +29,14 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
 // A stream that reads `text`: from a file, from memory, or from something that can only go forward.
 enum class StreamKind { file, memory, forward };
+#ifdef _WIN32
+constexpr StreamKind kStreamKinds[] = {StreamKind::file};
+#else
 constexpr StreamKind kStreamKinds[] = {StreamKind::file, StreamKind::memory, StreamKind::forward};
+#endif
 
 #ifdef _WIN32
-// There every stream reads a file.
+// The others are not to be had there.
 inline Stream streamOf(const std::string& text, StreamKind = StreamKind::file) {
     Stream stream(std::tmpfile());
     std::fwrite(text.data(), 1, text.size(), stream.get());

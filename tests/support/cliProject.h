@@ -274,7 +274,7 @@ inline std::string difference(const std::map<std::string, std::string>& before,
         const auto found = after.find(name);
         if (found == after.end()) {
             lines += "missing: " + name + "\n";
-        } else if (found->second != text) {
+        } else if (tests::asRead(found->second) != tests::asRead(text)) {
             lines += "changed: " + name + "\n  from " + testing::PrintToString(text) + "\n  to   " +
                      testing::PrintToString(found->second) + "\n";
         }
