@@ -6,9 +6,11 @@
 
 #include "commandLine.h"
 #include "draftelCommand.h"
+#include "platform/platform.h"
 #include "tarnetCommand.h"
 
 int main(int argc, char** argv) {
+    tvxconv::platform::keepNoFreeMemory();
     try {
         std::variant<DraftelOptions, TarnetOptions> command;
         int exitStatus = kConverted;

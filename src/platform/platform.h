@@ -147,6 +147,9 @@ int linkFile(const char* from, const char* to);
 void stopFiles();
 void resumeFiles();
 
+// For a program, at its start: large pieces of memory go back to the system as soon as they are free.
+void keepNoFreeMemory();
+
 // How many files openForWriting has opened since the program or library was loaded; any thread may ask.
 std::uint64_t filesWritten();
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <link.h>
+#include <malloc.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -382,6 +383,11 @@ void stopFiles() {
 
 void resumeFiles() {
     stopped = false;
+}
+
+void keepNoFreeMemory() {
+    constexpr int kLargePiece = 64 * 1024;
+    mallopt(M_MMAP_THRESHOLD, kLargePiece);
 }
 
 std::uint64_t filesWritten() {

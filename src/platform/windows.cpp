@@ -442,6 +442,8 @@ void resumeFiles() {
     stopped = false;
 }
 
+void keepNoFreeMemory() {}
+
 std::uint64_t filesWritten() {
     return filesOpenedForWriting.load(std::memory_order_relaxed);
 }
