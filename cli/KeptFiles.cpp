@@ -1,5 +1,6 @@
 #include "KeptFiles.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -67,51 +68,57 @@ bool KeptFiles::begin(std::string& reason) {
 }
 
 bool KeptFiles::keep(const std::string& path, bool asCopy) {
-    const auto [entry, added] = files_.try_emplace(lowerCased(path));
-    if (!added) return true;
-    std::string name;
-    fsutil::fileNameOf(path, name);
-    // The number keeps files of two folders apart that have one name.
-    Kept& file = entry->second;
-    file.path = path;
-    file.keptAs = folder_ + "/" + std::to_string(files_.size()) + "-" + name;
-    file.isCopy = asCopy || platform::linkFile(path.c_str(), file.keptAs.c_str()) != 0;
-    if (!file.isCopy || fsutil::copyFile(path, file.keptAs) == 0) return true;
+    if (files_.find(std::string_view(path)) != files_.end()) return true;
+    char* const place = static_cast<char*>(memory_.allocate(path.size(), 1));
+    path.copy(place, path.size());
+    const auto entry = files_.insert({{place, path.size()}, files_.size() + 1, asCopy}).first;
+    const std::string kept = keptAs(*entry);
+    if (!asCopy) entry->isCopy = platform::linkFile(path.c_str(), kept.c_str()) != 0;
+    if (!entry->isCopy || fsutil::copyFile(path, kept) == 0) return true;
     files_.erase(entry);
     return false;
 }
 
-bool KeptFiles::putBack(const Kept& file) {
-    if (file.isCopy ? haveSameBytes(file.keptAs, file.path) : fsutil::isSameFile(file.keptAs, file.path))
-        return true;
-    return platform::replaceFile(file.keptAs.c_str(), file.path.c_str()) == 0;
+// The number keeps files of two folders apart that have one name.
+std::string KeptFiles::keptAs(const Kept& file) const {
+    std::string name;
+    fsutil::fileNameOf(std::string(file.path), name);
+    return folder_ + "/" + std::to_string(file.number) + "-" + name;
+}
+
+bool KeptFiles::putBack(const Kept& file) const {
+    const std::string kept = keptAs(file);
+    const std::string path(file.path);
+    if (file.isCopy ? haveSameBytes(kept, path) : fsutil::isSameFile(kept, path)) return true;
+    return platform::replaceFile(kept.c_str(), path.c_str()) == 0;
 }
 
 bool KeptFiles::putBack(const std::string& path) {
-    const auto found = files_.find(lowerCased(path));
-    return found == files_.end() || putBack(found->second);
+    const auto found = files_.find(std::string_view(path));
+    return found == files_.end() || putBack(*found);
 }
 
 bool KeptFiles::putBackAll(std::vector<std::string>& failed) {
     failed.clear();
-    for (const auto& [key, file] : files_) {
-        if (!putBack(file)) failed.push_back(file.path);
+    for (const Kept& file : files_) {
+        if (!putBack(file)) failed.emplace_back(file.path);
     }
+    std::sort(failed.begin(), failed.end());
     return failed.empty();
 }
 
 std::string KeptFiles::keptPath(const std::string& path) const {
-    const auto found = files_.find(lowerCased(path));
-    return found == files_.end() ? std::string() : found->second.keptAs;
+    const auto found = files_.find(std::string_view(path));
+    return found == files_.end() ? std::string() : keptAs(*found);
 }
 
 std::string KeptFiles::oldPath(const std::string& path) const {
-    const auto found = files_.find(lowerCased(path));
-    return found == files_.end() ? std::string() : found->second.path;
+    const auto found = files_.find(std::string_view(path));
+    return found == files_.end() ? std::string() : std::string(found->path);
 }
 
 bool KeptFiles::release() {
-    for (const auto& [key, file] : files_) platform::removeFile(file.keptAs.c_str());
+    for (const Kept& file : files_) platform::removeFile(keptAs(file).c_str());
     files_.clear();
     return platform::removeFolder(folder_.c_str()) == 0;
 }

@@ -6,9 +6,18 @@
 
 #pragma once
 
-#include <map>
+#include <cstddef>
+#include <functional>
+#include <memory_resource>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
+
+#include "fsutil/letterCase.h"
+
+// A path in the form in which paths are compared.
+std::string lowerCased(const std::string& text);
 
 class KeptFiles {
 public:
@@ -42,19 +51,36 @@ public:
     bool release();
 
 private:
+    // There may be hundreds of thousands: the paths lie end to end in large blocks.
     struct Kept {
-        std::string path;
-        std::string keptAs;
-        bool isCopy = false;
+        std::string_view path;
+        std::size_t number = 0;
+        mutable bool isCopy = false;  // known when the file has been kept
     };
-    static bool putBack(const Kept& file);
+    static std::string_view pathOf(const Kept& file) { return file.path; }
+    static std::string_view pathOf(std::string_view path) { return path; }
+    struct PathHash {
+        using is_transparent = void;
+        template <class File>
+        std::size_t operator()(const File& file) const {
+            return std::hash<std::string>()(lowerCased(std::string(pathOf(file))));
+        }
+    };
+    struct SamePath {
+        using is_transparent = void;
+        template <class A, class B>
+        bool operator()(const A& a, const B& b) const {
+            return tvxconv::fsutil::equalIgnoringCase(pathOf(a), pathOf(b));
+        }
+    };
+
+    std::string keptAs(const Kept& file) const;
+    bool putBack(const Kept& file) const;
 
     std::string folder_;
-    std::map<std::string, Kept> files_;  // by the lower-cased path
+    std::pmr::monotonic_buffer_resource memory_;
+    std::pmr::unordered_set<Kept, PathHash, SamePath> files_{&memory_};
 };
-
-// A path in the form in which paths are compared.
-std::string lowerCased(const std::string& text);
 
 // Whether two files have the same bytes.
 bool haveSameBytes(const std::string& a, const std::string& b);

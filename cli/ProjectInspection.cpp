@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -171,7 +172,7 @@ std::set<std::string> movedFiles(DraftelProjectConverter& converter, const Proje
 void checkEntries(DraftelProjectConverter& converter, const std::string& project,
                   const std::string& destination, ProjectInspection& inspection) {
     converter.classifySimulationFiles();
-    const std::set<std::string> moved = movedFiles(converter, inspection);
+    std::optional<std::set<std::string>> moved;  // there are many, and few projects have such entries
     const std::filesystem::path bounds = std::filesystem::path(destination).lexically_normal();
     for (const CarriedEntries& carried : carriedEntries(converter)) {
         tvx_wobj::Strings names;
@@ -202,7 +203,8 @@ void checkEntries(DraftelProjectConverter& converter, const std::string& project
             const auto [end, rest] =
                 std::mismatch(bounds.begin(), bounds.end(), target.begin(), target.end());
             if (end == bounds.end() || !fsutil::isPresentFile(file)) continue;
-            if (moved.count(lowerCased(file)) != 0) continue;
+            if (!moved) moved = movedFiles(converter, inspection);
+            if (moved->count(lowerCased(file)) != 0) continue;
             platform::FileStatus from;
             platform::FileStatus to;
             platform::getStatus(file.c_str(), from);
@@ -301,6 +303,10 @@ std::vector<std::string> analysisProfilesLeftOut(const ProjectInspection& inspec
     for (const std::string& schematic : converter.rootSchematics()) {
         const std::string stem = inspection.designDir + "/" + inspection.designBase + "-";
         const std::string oldPath = stem + schematic + ".aap";
+        std::string place;
+        if (converter.findRelocation(converter.relocationKey(oldPath, inspection.projectDir), place) != 0) {
+            continue;  // there is none
+        }
         const std::string newPath = converter.simulationRoot() + "/" + schematic + "/" + schematic + ".aap";
         // A file at the new place may be there from another conversion.
         const bool isCarried = fsutil::isPresentFile(newPath) && tvxconv::canReadAnalysisProfile(oldPath);

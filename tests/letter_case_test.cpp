@@ -631,7 +631,7 @@ TEST_F(LetterCase, OfWhatOthersMakeDuringAChangeOfOurOwnIsIgnoredInTheEnd) {
             EXPECT_EQ(remove(nameOf(i) + "/Own0"), 0);
         }
         other.join();
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        std::this_thread::sleep_for(std::chrono::seconds(1));
         for (int i = 0; i < kFolders; ++i) EXPECT_TRUE(isFile(nameOf(i) + "/OTHER")) << nameOf(i);
     }
 }

@@ -93,13 +93,23 @@ private:
     int descriptor_ = -1;
 };
 
+// A project that was read, and the bytes of its file then.
+struct Seen {
+    std::string bytes;
+    JsonValue root;
+};
+
+// The last one: a conversion asks for the lists of one project in turn, file by file and folder by folder.
+thread_local std::shared_ptr<const Seen> last;
+
 // A tree takes about five times the room of its text; a larger one is not kept between two calls.
-constexpr std::size_t kMostRemembered = std::size_t{512} * 1024;
+constexpr std::size_t kMostRemembered = std::size_t{4} * 1024 * 1024;
 
 }  // namespace
 
 int ProjectFile::read(const std::string& path) {
     path_ = path;
+    last = nullptr;  // about to be out of date, and the room of one tree is enough
     platform::FileStatus status;
     const int error = readJsonFile(path, root, status);
     if (error != 0) return error;
@@ -108,11 +118,6 @@ int ProjectFile::read(const std::string& path) {
 }
 
 int viewProject(const std::string& path, std::shared_ptr<const JsonValue>& root) {
-    struct Seen {
-        std::string bytes;
-        JsonValue root;
-    };
-    static thread_local std::shared_ptr<const Seen> last;
     root = nullptr;
     const auto seen = std::make_shared<Seen>();
     platform::FileStatus status;

@@ -96,9 +96,18 @@ int ProjectConverter::setSourceDir(const std::string& path) {
 int ProjectConverter::addRelocation(const std::string& oldPath, const std::string& newPath) {
     std::string key;
     toLowerCase(oldPath, key);
-    const auto [entry, added] = relocations_.try_emplace(std::move(key));
-    if (added) toLowerCase(newPath, entry->second);
+    const auto place = relocations_.lower_bound(key);
+    if (place != relocations_.end() && place->first == key) return 0;
+    std::string value;
+    toLowerCase(newPath, value);
+    relocations_.emplace_hint(place, kept(key), kept(value));
     return 0;
+}
+
+std::string_view ProjectConverter::kept(const std::string& text) {
+    char* const place = static_cast<char*>(relocationMemory_.allocate(text.size(), 1));
+    text.copy(place, text.size());
+    return {place, text.size()};
 }
 
 int ProjectConverter::findRelocation(const std::string& oldPath, std::string& newPath) const {

@@ -10,7 +10,9 @@
 #pragma once
 
 #include <map>
+#include <memory_resource>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tvxconv {
@@ -64,7 +66,11 @@ protected:
     static int readField(const std::string& field, std::string& out);
 
 private:
-    using Relocations = std::map<std::string, std::string>;
+    // There may be hundreds of thousands of moves, and none is ever taken back: nodes and texts lie end to
+    // end in large blocks.
+    using Relocations = std::pmr::map<std::string_view, std::string_view>;
+
+    std::string_view kept(const std::string& text);
 
     int mode_ = 0;
     std::string designName_;
@@ -73,7 +79,8 @@ private:
     std::string newProjectPath_;
     std::string destinationDir_;
     std::string sourceDir_;
-    Relocations relocations_;
+    std::pmr::monotonic_buffer_resource relocationMemory_;
+    Relocations relocations_{&relocationMemory_};
     Relocations::const_iterator cursor_ = relocations_.end();
 };
 

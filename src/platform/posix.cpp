@@ -256,8 +256,10 @@ int openTemporaryBeside(const char* path, std::string& temporary, int& descripto
     temporary.clear();
     descriptor = -1;
     if (stopped) return ECANCELED;
-    std::string place;
-    if (!findPlaceForNew(path, place)) return ENOENT;
+    std::string place = path;
+    struct stat status {};
+    // What is there as spelled needs no look at all the names of its folder.
+    if (stat(path, &status) != 0 && !findPlaceForNew(path, place)) return ENOENT;
     place += ".XXXXXX";
     const int opened = mkostemp(place.data(), O_CLOEXEC);
     if (opened == -1) return errno;

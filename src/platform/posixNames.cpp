@@ -157,10 +157,11 @@ constexpr std::size_t kSmallFolder = 256;
 constexpr std::int64_t kClockStep = 20'000'000;
 constexpr std::int64_t kCoarseClockStep = 2'100'000'000;
 // When we have changed a folder, somebody else may have done so in the same moment, and the time of our
-// change hides theirs. So long after the last reading the names count as complete all the same; for a
-// large folder whose time does not show every change, so many times the time that the reading took.
+// change hides theirs. So long after the last reading the names count as complete all the same, and at
+// least so many times the time that the reading took: a fiftieth of a run is spent on it at the most. Where
+// the time does not show every change, that second rule is for large folders and the only one.
 constexpr std::int64_t kOwnChangesPause = 50'000'000;
-constexpr std::int64_t kReadingPause = 20;
+constexpr std::int64_t kReadingPause = 50;
 constexpr std::size_t kMostFolders = 32;
 constexpr std::size_t kDots = 2;  // the entries "." and ".." of an empty folder
 
@@ -198,7 +199,14 @@ public:
         KnownFolder& folder = remember(idOf(place.status));
         const std::int64_t modified = changeTime(place.status);
         if (isCurrent(folder, modified, place.askedAt)) return &folder.names;
-        if (!read(asFolder(place.path), folder)) {
+        bool isRead = false;
+        try {
+            isRead = read(asFolder(place.path), folder);
+        } catch (...) {  // half an index is none
+            folders_.erase(idOf(place.status));
+            throw;
+        }
+        if (!isRead) {
             folders_.erase(idOf(place.status));
             return nullptr;
         }
@@ -261,8 +269,9 @@ private:
         if (folder.settled) return true;
         const std::int64_t age = askedAt - folder.readAt;
         if (!folder.changedByUs || age < 0) return false;
-        if (trusts(folder)) return age < kOwnChangesPause;
-        return folder.names.count() > kSmallFolder && age < kReadingPause * folder.readingTook;
+        const std::int64_t pause = kReadingPause * folder.readingTook;
+        if (trusts(folder)) return age < std::max(kOwnChangesPause, pause);
+        return folder.names.count() > kSmallFolder && age < pause;
     }
 
     static bool read(const char* path, KnownFolder& folder) {

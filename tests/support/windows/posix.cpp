@@ -14,7 +14,7 @@
 namespace {
 
 // What tests open by themselves they want byte for byte.
-[[maybe_unused]] const errno_t openedInBinary = _set_fmode(_O_BINARY);
+[[maybe_unused]] const int openedInBinary = (_fmode = _O_BINARY);
 
 }  // namespace
 
