@@ -163,14 +163,20 @@ class Bench:
         return seconds
 
     def growth(self, what, small, large, rounds):
-        ratios = []
+        ratios, copies = [], []
         for _ in range(rounds):
-            os.sync()
-            once, _ = run(self.convert(small, self.fresh()))
-            os.sync()
-            tenfold, _ = run(self.convert(large, self.fresh()))
+            seconds = []
+            for project in (small, large):
+                os.sync()
+                copied, _ = run(["cp", "-r", project, self.fresh()])
+                os.sync()
+                converted, _ = run(self.convert(project, self.fresh()))
+                seconds.append((copied, converted))
+            (once_copied, once), (tenfold_copied, tenfold) = seconds
             ratios.append(tenfold / once)
+            copies.append(tenfold_copied / once_copied)
         self.row(f"{what}: time", span(ratios), "at most 11")
+        self.row(f"{what}: the same of cp -r", span(copies), "")
         if shutil.which("strace"):
             once = system_calls(self.convert(small, self.fresh()))
             tenfold = system_calls(self.convert(large, self.fresh()))
@@ -197,13 +203,15 @@ class Bench:
         self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
 
     def library_growth(self, small, large, rounds):
-        ratios, peaks = [], []
+        ratios, copies, peaks = [], [], []
         for _ in range(rounds):
-            _, _, once, _ = self.convert_library(small)
-            library, _, tenfold, peak = self.convert_library(large)
+            _, once_copied, once, _ = self.convert_library(small)
+            library, tenfold_copied, tenfold, peak = self.convert_library(large)
             ratios.append(tenfold / once)
+            copies.append(tenfold_copied / once_copied)
             peaks.append(peak / MIB)
         self.row("10,000 cells / 1,000 cells: time", span(ratios), "at most 11")
+        self.row("10,000 cells / 1,000 cells: the same of cp -r", span(copies), "")
         self.row("10,000 cells: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
         ratios, peaks = [], []
         for number in range(rounds + 3):
