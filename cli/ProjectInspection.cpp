@@ -25,9 +25,13 @@ using tvxconv::DraftelProjectConverter;
 
 namespace {
 
-// Whether a folder of this name lies directly in the folder it is made in, on every system.
+// Whether a folder of this name lies directly in the folder it is made in.
 bool canBeFolderName(const std::string& name) {
     if (name.empty() || name == "." || name == "..") return false;
+    // Windows drops dots and blanks at the end, and knows patterns where names stand.
+    const bool onWindows = platform::hasDriveLetters();
+    if (onWindows && (name.back() == '.' || name.back() == ' ')) return false;
+    if (onWindows && name.find_first_of("<>\"|?*") != std::string::npos) return false;
     return std::none_of(name.begin(), name.end(), [](char byte) {
         return byte == '/' || byte == '\\' || byte == ':' || (byte >= 0 && byte < ' ') || byte == 0x7F;
     });

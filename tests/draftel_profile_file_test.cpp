@@ -196,7 +196,7 @@ TEST(DraftelProfileFile, OtherLinesAreCopied) {
 TEST(DraftelProfileFile, EmptyFilesAndEmptyLinesStayEmpty) {
     DraftelProject project;
     project.prepareSteps();
-    for (const char* text : {"", "\n", "\r\n", "\n\n\r\n\n", "\r\r\n"}) {
+    for (const std::string text : {"", "\n", "\r\n", "\n\n\r\n\n", "\r\r\n"}) {
         EXPECT_EQ(rewritten(project, text), text);
     }
 }
@@ -241,12 +241,12 @@ TEST(DraftelProfileFile, LineEndsMayDifferFromLineToLine) {
                         "B= \"2\" \r\n"
                         "NetlistFile= \"a.sim.cir\" \r\n"
                         "OutFile= \"\""),
-              "Connectivity= \"S1.net\" \r\n"
-              "A= \"1\" \n"
-              "ProfileFile= \"tran.sim\" \n"
-              "B= \"2\" \r\n"
-              "NetlistFile= \"tran.cir\" \r\n"
-              "OutFile= \"\" \n");
+              tests::asRead("Connectivity= \"S1.net\" \r\n"
+                            "A= \"1\" \n"
+                            "ProfileFile= \"tran.sim\" \n"
+                            "B= \"2\" \r\n"
+                            "NetlistFile= \"tran.cir\" \r\n"
+                            "OutFile= \"\" \n"));
 }
 
 TEST(DraftelProfileFile, ANulIsAByteLikeAnyOther) {

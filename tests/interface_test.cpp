@@ -689,11 +689,12 @@ TEST(WithoutMemory, FactoriesReturnNull) {
 }
 
 // Calls `round` with the number of the first allocation to fail, as long as it returns true: the early
-// ones one by one, the later ones in small steps.
+// ones one by one, the later ones in small steps; in larger ones where each round takes its time.
 template <class Round>
 void forEachAllocation(Round round) {
+    constexpr std::size_t kParts = tests::kOnWindows ? 20 : 100;
     std::size_t n = 1;
-    while (round(n) && !testing::Test::HasFailure()) n += n < 300 ? 1 : n / 100;
+    while (round(n) && !testing::Test::HasFailure()) n += n < 3 * kParts ? 1 : n / kParts;
 }
 
 void fillProject(const DraftelProject& project) {

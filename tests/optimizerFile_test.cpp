@@ -257,7 +257,7 @@ TEST_F(OptimizerFile, ALargeOneIsWhole) {
 
 TEST_F(OptimizerFile, LineEndsMayDifferFromLineToLine) {
     EXPECT_EQ(rewritten("sim \"bench.sim\"\r\nsim \"bench.sim\" 2\na\r\r\nsim \"bench.sim\" 3"),
-              "sim \"AC sweep.sim\"\r\nsim \"AC sweep.sim\" 2\na\r\r\nsim \"AC sweep.sim\" 3\n");
+              asRead("sim \"AC sweep.sim\"\r\nsim \"AC sweep.sim\" 2\na\r\r\nsim \"AC sweep.sim\" 3\n"));
     EXPECT_EQ(rewritten(""), "");
 }
 
@@ -270,7 +270,7 @@ TEST_F(OptimizerFile, ADesignProfileInTheProjectsFolderComesAlong) {
     expected["new/amp-TevrixFiles/S1/corners.mdp"] = "corners\r\n\0of the design"s;
     expected["new/amp-TevrixFiles/S1/more.mdp"] = "more";
     EXPECT_EQ(rewritten("ext \"corners.mdp\" \"worst case\"\r\nEXTERNAL\"more.mdp\"1\nExt =\"corners.mdp\""),
-              "ext \"corners.mdp\" \"worst case\"\r\next \"more.mdp\"1\next \"corners.mdp\"\n");
+              asRead("ext \"corners.mdp\" \"worst case\"\r\next \"more.mdp\"1\next \"corners.mdp\"\n"));
     EXPECT_EQ(treeWithoutOptimizer(), expected);
     EXPECT_EQ(moves(), (Moves{{"./corners.mdp", "./amp-tevrixfiles/s1/corners.mdp"},
                               {"./more.mdp", "./amp-tevrixfiles/s1/more.mdp"}}));
@@ -380,7 +380,7 @@ TEST_F(OptimizerFile, ADesignProfileThatCannotBeCopiedLeavesTheLineAndTheOthersF
     for (const char* name : {"a.mdp", "x.mdp", "z.mdp"}) project_.write(name, name);
     project_.folder.makeFolder("new/amp-TevrixFiles/S1/x.mdp");
     EXPECT_EQ(rewritten("Ext \"a.mdp\"\nEXT  \"x.mdp\" 1\r\nExt \"z.mdp\"\n"),
-              "ext \"a.mdp\"\nEXT  \"x.mdp\" 1\r\next \"z.mdp\"\n");
+              asRead("ext \"a.mdp\"\nEXT  \"x.mdp\" 1\r\next \"z.mdp\"\n"));
     EXPECT_EQ(lastError(), copyFileError(project_.path("x.mdp"), project_.schematicFolder + "/x.mdp"));
     EXPECT_EQ(project_.readNew("amp-TevrixFiles/S1/a.mdp"), "a.mdp");
     EXPECT_EQ(project_.readNew("amp-TevrixFiles/S1/z.mdp"), "z.mdp");

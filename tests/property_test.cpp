@@ -36,6 +36,7 @@
 
 #include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "fsutil/letterCase.h"
 #include "support/RandomProject.h"
 #include "support/TestFolder.h"
 #include "support/foldersInMemory.h"
@@ -48,7 +49,8 @@ using Json = nlohmann::ordered_json;
 using tests::TestFolder;
 using tests::Tree;
 
-constexpr int kProjects = 300;
+// Each takes its time on Windows.
+constexpr int kProjects = tests::kOnWindows ? 100 : 300;
 
 // --- texts ---
 
@@ -228,7 +230,7 @@ private:
             if (fate.kind == Fate::stays && old.text.empty() && old.end.empty()) continue;
             ASSERT_LT(at, newLines.size()) << path << " ends before\n" << old.text;
             const Line& line = newLines[at++];
-            const bool kept = line.text == old.text && line.end == old.end;
+            const bool kept = line.text == old.text && tests::asRead(line.end) == tests::asRead(old.end);
             if (fate.kind == Fate::stays) {
                 EXPECT_TRUE(kept) << path << ": " << old.text << "\nbecame " << line.text;
                 continue;
@@ -266,7 +268,7 @@ private:
     // Not a copy of a moved file elsewhere, nor the old file.
     void expectInRoot(const std::string& folder, const std::string& value) const {
         const std::string file = findFile(folder, value);
-        EXPECT_TRUE(file.starts_with(root_ + "/")) << value << " names " << file;
+        EXPECT_TRUE(tvxconv::fsutil::beginsWithIgnoringCase(file, root_ + "/")) << value << " names " << file;
     }
 
     void checkProfile(const Profile& profile) {
@@ -528,7 +530,8 @@ private:
             expectSame(destination_, old, now, "an entry of the project");
             if (target(old).moves) expectInRoot(destination_, now);
             if (lowerCased(old).ends_with(".dsn")) {
-                EXPECT_EQ(findFile(destination_, now), findFile(destination_, project_.designBase + ".dsn"));
+                const std::string design = findFile(destination_, project_.designBase + ".dsn");
+                EXPECT_TRUE(fs::equivalent(findFile(destination_, now), design)) << now;
             }
         }
         const Json& simulation = project["simulationProfiles"];
@@ -615,7 +618,7 @@ void tryProjects(bool inPlace) {
          {"a listed file of a profile", "an output of a profile", "an include of a deck",
           "an entry of the project", "the active profile", "a profile of an optimizer file",
           "a design profile of an optimizer file", "a profile of an analysis profile"}) {
-        EXPECT_GE(kept[what], 100) << what;
+        EXPECT_GE(kept[what], kProjects / 3) << what;
     }
 }
 

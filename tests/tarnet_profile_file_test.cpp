@@ -66,10 +66,10 @@ TEST(TarnetProfileFile, OfSeveralDesignReferencesTheFirstIsReplacedAndTheOthersG
                         "DesignFile= \"amp.dsn\" \n"
                         "DesignFile= \"amp.dsn\" \n"
                         "C= \"3\" \n"),
-              "A= \"1\" \n"
-              "Connectivity= \"amp.net\" \r\n"
-              "B= \"2\" \n"
-              "C= \"3\" \n");
+              tests::asRead("A= \"1\" \n"
+                            "Connectivity= \"amp.net\" \r\n"
+                            "B= \"2\" \n"
+                            "C= \"3\" \n"));
 }
 
 TEST(TarnetProfileFile, TheDeckIsNamedAfterTheProfile) {
@@ -189,7 +189,8 @@ TEST(TarnetProfileFile, AnOutputThatCannotBeResolvedIsNamedAsBefore) {
               0);
     fs::current_path(before);
     EXPECT_EQ(library.readNew("profiles/tran.sim"),
-              "DataFile= \"sub\\a.dat\" \r\nOutFile= \"..\\a.out\" \nDataFile= \"cfg_analog/a.csd\" \n");
+              tests::asRead("DataFile= \"sub\\a.dat\" \r\nOutFile= \"..\\a.out\" \n"
+                            "DataFile= \"cfg_analog/a.csd\" \n"));
 }
 
 // --- numbered entries ---

@@ -31,7 +31,8 @@ namespace {
 using namespace tests;
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t kLibraries = 150;
+// Each takes its time on Windows.
+constexpr std::uint32_t kLibraries = tests::kOnWindows ? 50 : 150;
 
 // --- a library made up at random ---
 
@@ -463,9 +464,9 @@ TEST(TarnetProperty, EveryConversionKeepsReferencesAndOldFiles) {
     }
     if (HasFailure()) return;
     // The libraries have something to hold the conversion to.
-    EXPECT_GT(kept["references"], 200);
-    EXPECT_GT(kept["netlists"], 80);
-    EXPECT_GT(kept["entries"], 100);
+    EXPECT_GT(kept["references"], tests::kOnWindows ? 60 : 200);
+    EXPECT_GT(kept["netlists"], tests::kOnWindows ? 25 : 80);
+    EXPECT_GT(kept["entries"], tests::kOnWindows ? 30 : 100);
 }
 
 }  // namespace

@@ -18,7 +18,9 @@ using TextTree = std::map<std::string, std::string>;
 inline std::string withPlainLineEnds(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') result += text[i];
+        const std::size_t next = text.find_first_not_of('\r', i);
+        const bool isPartOfLineEnd = next != std::string::npos && text[next] == '\n';
+        if (text[i] != '\r' || !isPartOfLineEnd) result += text[i];
     }
     return result;
 }
