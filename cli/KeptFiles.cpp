@@ -68,15 +68,21 @@ bool KeptFiles::begin(std::string& reason) {
 }
 
 bool KeptFiles::keep(const std::string& path, bool asCopy) {
-    if (files_.find(std::string_view(path)) != files_.end()) return true;
-    char* const place = static_cast<char*>(memory_.allocate(path.size(), 1));
+    if (find(path) != nullptr) return true;
+    auto& [memory, set] = *files_;
+    char* const place = static_cast<char*>(memory.allocate(path.size(), 1));
     path.copy(place, path.size());
-    const auto entry = files_.insert({{place, path.size()}, files_.size() + 1, asCopy}).first;
+    const auto entry = set.insert({{place, path.size()}, set.size() + 1, asCopy}).first;
     const std::string kept = keptAs(*entry);
     if (!asCopy) entry->isCopy = platform::linkFile(path.c_str(), kept.c_str()) != 0;
     if (!entry->isCopy || fsutil::copyFile(path, kept) == 0) return true;
-    files_.erase(entry);
+    set.erase(entry);
     return false;
+}
+
+const KeptFiles::Kept* KeptFiles::find(const std::string& path) const {
+    const auto found = files_->set.find(std::string_view(path));
+    return found == files_->set.end() ? nullptr : &*found;
 }
 
 // The number keeps files of two folders apart that have one name.
@@ -94,13 +100,13 @@ bool KeptFiles::putBack(const Kept& file) const {
 }
 
 bool KeptFiles::putBack(const std::string& path) {
-    const auto found = files_.find(std::string_view(path));
-    return found == files_.end() || putBack(*found);
+    const Kept* const file = find(path);
+    return file == nullptr || putBack(*file);
 }
 
 bool KeptFiles::putBackAll(std::vector<std::string>& failed) {
     failed.clear();
-    for (const Kept& file : files_) {
+    for (const Kept& file : files_->set) {
         if (!putBack(file)) failed.emplace_back(file.path);
     }
     std::sort(failed.begin(), failed.end());
@@ -108,18 +114,18 @@ bool KeptFiles::putBackAll(std::vector<std::string>& failed) {
 }
 
 std::string KeptFiles::keptPath(const std::string& path) const {
-    const auto found = files_.find(std::string_view(path));
-    return found == files_.end() ? std::string() : keptAs(*found);
+    const Kept* const file = find(path);
+    return file == nullptr ? std::string() : keptAs(*file);
 }
 
 std::string KeptFiles::oldPath(const std::string& path) const {
-    const auto found = files_.find(std::string_view(path));
-    return found == files_.end() ? std::string() : std::string(found->path);
+    const Kept* const file = find(path);
+    return file == nullptr ? std::string() : std::string(file->path);
 }
 
 bool KeptFiles::release() {
-    for (const Kept& file : files_) platform::removeFile(keptAs(file).c_str());
-    files_.clear();
+    for (const Kept& file : files_->set) platform::removeFile(keptAs(file).c_str());
+    files_ = std::make_unique<Files>();
     return platform::removeFolder(folder_.c_str()) == 0;
 }
 

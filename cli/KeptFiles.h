@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <memory_resource>
 #include <string>
 #include <string_view>
@@ -51,7 +52,7 @@ public:
     bool release();
 
 private:
-    // There may be hundreds of thousands: the paths lie end to end in large blocks.
+    // There may be hundreds of thousands: the paths lie end to end in large blocks, freed together.
     struct Kept {
         std::string_view path;
         std::size_t number = 0;
@@ -74,12 +75,18 @@ private:
         }
     };
 
+    struct Files {
+        std::pmr::monotonic_buffer_resource memory;
+        std::pmr::unordered_set<Kept, PathHash, SamePath> set{&memory};
+    };
+
+    // Null when the path was not kept.
+    const Kept* find(const std::string& path) const;
     std::string keptAs(const Kept& file) const;
     bool putBack(const Kept& file) const;
 
     std::string folder_;
-    std::pmr::monotonic_buffer_resource memory_;
-    std::pmr::unordered_set<Kept, PathHash, SamePath> files_{&memory_};
+    std::unique_ptr<Files> files_ = std::make_unique<Files>();
 };
 
 // Whether two files have the same bytes.

@@ -214,6 +214,7 @@ int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspe
         result.status = 1;
     }
     if (notCarried.stuck.empty()) releaseKept(kept);
+    fsutil::forgetFolders();  // the old names take room, and nothing is looked for among them any more
     return conclude(options, inspection, draftelConverter, result, exitStatus);
 }
 
