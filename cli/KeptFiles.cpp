@@ -81,7 +81,7 @@ bool KeptFiles::keep(const std::string& path, bool asCopy) {
 }
 
 const KeptFiles::Kept* KeptFiles::find(const std::string& path) const {
-    const auto found = files_->set.find(std::string_view(path));
+    const auto found = files_->set.find(Kept{path});
     return found == files_->set.end() ? nullptr : &*found;
 }
 

@@ -58,23 +58,16 @@ private:
         std::size_t number = 0;
         mutable bool isCopy = false;  // known when the file has been kept
     };
-    static std::string_view pathOf(const Kept& file) { return file.path; }
-    static std::string_view pathOf(std::string_view path) { return path; }
     struct PathHash {
-        using is_transparent = void;
-        template <class File>
-        std::size_t operator()(const File& file) const {
-            return std::hash<std::string>()(lowerCased(std::string(pathOf(file))));
+        std::size_t operator()(const Kept& file) const {
+            return std::hash<std::string>()(lowerCased(std::string(file.path)));
         }
     };
     struct SamePath {
-        using is_transparent = void;
-        template <class A, class B>
-        bool operator()(const A& a, const B& b) const {
-            return tvxconv::fsutil::equalIgnoringCase(pathOf(a), pathOf(b));
+        bool operator()(const Kept& a, const Kept& b) const {
+            return tvxconv::fsutil::equalIgnoringCase(a.path, b.path);
         }
     };
-
     struct Files {
         std::pmr::monotonic_buffer_resource memory;
         std::pmr::unordered_set<Kept, PathHash, SamePath> set{&memory};

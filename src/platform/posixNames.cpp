@@ -171,7 +171,7 @@ struct KnownFolder {
     bool exact = false;         // every later change shows in the modification time
     bool settled = false;       // any change after the reading does
     bool changedByUs = false;   // since the reading
-    std::int64_t readAt = 0;
+    std::int64_t readAt = 0;    // 0 until the names are all there
     std::int64_t readingTook = 0;
     std::uint64_t lastUse = 0;
 };
@@ -199,17 +199,8 @@ public:
         KnownFolder& folder = remember(idOf(place.status));
         const std::int64_t modified = changeTime(place.status);
         if (isCurrent(folder, modified, place.askedAt)) return &folder.names;
-        bool isRead = false;
-        try {
-            isRead = read(asFolder(place.path), folder);
-        } catch (...) {  // half an index is none
-            folders_.erase(idOf(place.status));
-            throw;
-        }
-        if (!isRead) {
-            folders_.erase(idOf(place.status));
-            return nullptr;
-        }
+        folder.readAt = 0;  // half an index, where the reading ends early, is none
+        if (!read(asFolder(place.path), folder)) return nullptr;
         folder.modified = modified;
         folder.settled = trusts(folder) || isSettled(modified, place.askedAt);
         folder.changedByUs = false;
@@ -232,6 +223,7 @@ public:
         const auto found = folders_.find(idOf(status));
         if (found == folders_.end()) return;
         KnownFolder& folder = found->second;
+        if (folder.readAt == 0) return;
         if (!folder.exact && folder.names.count() <= kSmallFolder) return;
         change(folder.names);
         folder.modified = changeTime(status);
