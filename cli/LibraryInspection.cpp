@@ -20,7 +20,7 @@ LibraryInspection inspectLibrary(const std::string& library) {
         if (!tvxconv::isCellName(cell)) return true;
         if (isConverted(library, cell)) {
             ++result.convertedBefore;
-        } else if (tvxconv::isView(library + "/" + cell + "/" + tvxconv::kOldView)) {
+        } else if (tvxconv::isView(tvxconv::oldViewOf(library + "/" + cell))) {
             result.toConvert.push_back(cell);
         }
         return true;
@@ -29,11 +29,11 @@ LibraryInspection inspectLibrary(const std::string& library) {
 }
 
 bool isConverted(const std::string& library, const std::string& cell) {
-    return tvxconv::isView(library + "/" + cell + "/" + tvxconv::kNewView);
+    return tvxconv::isView(tvxconv::newViewOf(library + "/" + cell));
 }
 
 void removeUnfinishedMark(const std::string& library, const std::string& cell) {
-    const std::string path = library + "/" + cell + "/" + tvxconv::kNewView + "/" + tvxconv::kViewMarker;
+    const std::string path = tvxconv::newViewOf(library + "/" + cell) + "/" + tvxconv::kViewMarker;
     platform::FileStatus status;
     const bool isEmptyFile = platform::getStatus(path.c_str(), status) == 0 &&
                              status.kind == platform::FileKind::regular && status.size == 0;

@@ -66,9 +66,9 @@ public:
         const std::vector<std::string>& cells = inspection_.toConvert;
         std::error_code ignored;
         while (done_ < cells.size() &&
-               std::filesystem::exists(folderOfCell(options_, cells[done_]) + "/" + tvxconv::kNewView + "/" +
-                                           tvxconv::kViewMarker,
-                                       ignored)) {
+               std::filesystem::exists(
+                   tvxconv::newViewOf(folderOfCell(options_, cells[done_])) + "/" + tvxconv::kViewMarker,
+                   ignored)) {
             ++done_;
         }
         return "Converting " + options_.library + ": " + std::to_string(done_) + " of " +
@@ -168,7 +168,7 @@ void tellOutcome(const TarnetOptions& options, const LibraryInspection& inspecti
         tell("cell " + inQuotes(failure.cell) + ": " + failure.reason);
         if (!failure.isMarked) continue;
         tell("cell " + inQuotes(failure.cell) + " counts as converted all the same; remove " +
-             inQuotes(folderOfCell(options, failure.cell) + "/" + tvxconv::kNewView) +
+             inQuotes(tvxconv::newViewOf(folderOfCell(options, failure.cell))) +
              " to have it converted anew");
     }
     if (!isErrorTold) tellError(result);

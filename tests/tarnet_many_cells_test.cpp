@@ -1,6 +1,6 @@
 // tarnet_many_cells_test.cpp
 //
-// Libraries of many cells, which two threads convert: what comes of it is what one thread would do, also
+// Libraries of many cells, which several threads convert: what comes of it is what one thread would do, also
 // where cells fail.
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ using namespace tests;
 using tvxconv::TarnetProjectConverter;
 namespace fs = std::filesystem;
 
-constexpr int kCells = 14;
+constexpr int kCells = 40;
 
 std::string cellName(int number) {
     return number < 10 ? "cell0" + std::to_string(number) : "cell" + std::to_string(number);

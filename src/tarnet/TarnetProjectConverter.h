@@ -117,8 +117,6 @@ private:
 
     int convertLibrary();
     int convertCells(const std::vector<std::string>& names);
-    int makeNewView() const;
-    int fillFromOldView();
     Road roadOf(const std::string& fileName, const std::string& extension) const;
     int relocate(const std::string& sourceDirectory, const std::string& fileName, ReadyFolders& ready);
     int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,

@@ -1,9 +1,11 @@
 // The driver: which cells of the library are converted, in which order, and where a conversion stops.
 
+#include <optional>
+
 #include "converter/errors.h"
 #include "converter/folderNames.h"
 #include "fsutil/paths.h"
-#include "tarnet/CellAhead.h"
+#include "tarnet/CellsAhead.h"
 #include "tarnet/TarnetProjectConverter.h"
 #include "tarnet/views.h"
 
@@ -22,25 +24,16 @@ public:
     CellWalk(const std::string& library, const std::vector<std::string>& names)
         : library_(library), names_(names) {}
 
-    // The old view of the next cell that is to be converted; empty at the end.
+    // The folder of the next cell that is to be converted; empty at the end.
     std::string next() {
         while (at_ < names_.size()) {
-            const std::string cellFolder = library_ + "/" + names_[at_++];
-            if (isToBeConverted(cellFolder)) return cellFolder + "/" + kOldView;
+            std::string cellFolder = library_ + "/" + names_[at_++];
+            if (isToBeConverted(cellFolder)) return cellFolder;
         }
         return {};
     }
 
-    // Whether a cell that was to be converted still is: two cells may be links to one folder.
-    bool isLeft(const std::string& oldView) const {
-        return isToBeConverted(oldView.substr(0, oldView.rfind('/')));
-    }
-
 private:
-    static bool isToBeConverted(const std::string& cellFolder) {
-        return !isView(cellFolder + "/" + kNewView) && isView(cellFolder + "/" + kOldView);
-    }
-
     const std::string& library_;
     const std::vector<std::string>& names_;
     std::size_t at_ = 0;
@@ -68,29 +61,32 @@ int TarnetProjectConverter::convertLibrary() {
 
 int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) {
     CellWalk walk(libraryDirectory_, names);
-    CellAhead ahead(*this);
-    // The second thread does not know what a host has entered into the table of moves.
+    CellsAhead ahead(*this);
+    // Other threads do not know what a host has entered into the table of moves.
     std::string oldPath;
     std::string newPath;
-    const bool mayLookAhead = CellAhead::isPossible() && firstRelocation(oldPath, newPath) != 0;
+    const bool mayLookAhead = CellsAhead::isPossible() && firstRelocation(oldPath, newPath) != 0;
     std::size_t converted = 0;
-    for (std::string oldView = walk.next(); !oldView.empty();) {
-        if (const int status = enterCell(oldView); status != 0) return status;
-        if (const int status = makeNewView(); status != 0) return status;
-        const bool looksAhead = mayLookAhead && converted >= kCellsAlone;
-        const std::string following = looksAhead ? walk.next() : std::string();
-        const bool isAhead = !following.empty() && ahead.begin(following);
-        if (const int status = fillFromOldView(); status != 0) return status;
-        ++converted;
-        if (isAhead) {
-            enterCell(following);
-            if (const int status = ahead.accept(); status != 0) return status;
-            ++converted;
+    for (;;) {
+        while (mayLookAhead && converted >= kCellsAlone && !ahead.isFull()) {
+            const std::string following = walk.next();
+            if (following.empty()) break;
+            ahead.begin(following);
         }
-        const bool isNext = !isAhead && !following.empty() && walk.isLeft(following);
-        oldView = isNext ? following : walk.next();
+        const bool isBegun = ahead.first() != nullptr;
+        const std::string cell = isBegun ? *ahead.first() : walk.next();
+        if (cell.empty()) return 0;
+        std::optional<int> status;
+        if (isBegun) {
+            status = ahead.accept();
+            // Two cells may be links to one folder.
+            if (!status && !isToBeConverted(cell)) continue;
+        }
+        if (const int entered = enterCell(oldViewOf(cell)); entered != 0) return entered;
+        if (!status) status = relocateCellFiles();
+        if (*status != 0) return *status;
+        ++converted;
     }
-    return 0;
 }
 
 int TarnetProjectConverter::convertCell(const std::string& cfgAnalogDirectory) {
@@ -103,7 +99,7 @@ int TarnetProjectConverter::enterCell(const std::string& cfgAnalogDirectory) {
     setSourceDir(cfgAnalogDirectory);
     std::string cellFolder;
     if (fsutil::folderOf(cfgAnalogDirectory, cellFolder) != 0) return 1;
-    const std::string newView = cellFolder + "/" + kNewView;
+    const std::string newView = newViewOf(cellFolder);
     setDestinationDir(newView);
     std::string cell;
     if (fsutil::fileNameOf(cellFolder, cell) != 0) return 1;

@@ -14,18 +14,10 @@
 namespace tvxconv {
 
 int TarnetProjectConverter::relocateCellFiles() {
-    const int status = makeNewView();
-    return status == 0 ? fillFromOldView() : status;
-}
-
-int TarnetProjectConverter::makeNewView() const {
     std::string newView;
-    getDestinationDir(newView);
-    return ensureDirectoryOrReport(newView);
-}
-
-int TarnetProjectConverter::fillFromOldView() {
     std::string oldView;
+    getDestinationDir(newView);
+    if (const int status = ensureDirectoryOrReport(newView); status != 0) return status;
     getProjectDir(oldView);
     std::vector<std::string> names;
     const int listed = forEachName(oldView, [&](const std::string& name) {

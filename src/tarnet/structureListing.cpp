@@ -46,8 +46,8 @@ int TarnetProjectConverter::getNewStructure(std::vector<std::string>& lines) {
 }
 
 void TarnetProjectConverter::listCell(const std::string& cellFolder, std::vector<std::string>& lines) const {
-    const std::string oldView = cellFolder + "/" + kOldView;
-    const std::string newView = cellFolder + "/" + kNewView;
+    const std::string oldView = oldViewOf(cellFolder);
+    const std::string newView = newViewOf(cellFolder);
     if (!isFolder(oldView) || !isFolder(newView)) return;
     lines.emplace_back();
     lines.push_back(oldView);

@@ -12,8 +12,20 @@ bool isCellName(const std::string& name) {
     return name.find('.') == std::string::npos;
 }
 
+std::string oldViewOf(const std::string& cellFolder) {
+    return cellFolder + "/" + kOldView;
+}
+
+std::string newViewOf(const std::string& cellFolder) {
+    return cellFolder + "/" + kNewView;
+}
+
 bool isView(const std::string& folder) {
     return fsutil::isPresentFile(folder + "/" + kViewMarker);
+}
+
+bool isToBeConverted(const std::string& cellFolder) {
+    return !isView(newViewOf(cellFolder)) && isView(oldViewOf(cellFolder));
 }
 
 std::string newCellFileName(const std::string& cell, const std::string& extension) {

@@ -24,8 +24,15 @@ constexpr const char* kPartProperties = "prp";
 // Whether an entry of a library may be a cell: their names have no ".".
 bool isCellName(const std::string& name);
 
+// The folders of the views of the cell whose folder this is.
+std::string oldViewOf(const std::string& cellFolder);
+std::string newViewOf(const std::string& cellFolder);
+
 // Whether the folder is marked as a view. A marker that may not be read counts as absent.
 bool isView(const std::string& folder);
+
+// Whether the cell of this folder has its old view and not yet its new one.
+bool isToBeConverted(const std::string& cellFolder);
 
 // The name, in the new view, of a file that takes the cell's; and of one that takes its profile's, in the
 // profile's folder.
