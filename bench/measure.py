@@ -9,6 +9,7 @@ with the smallest and the largest of the rounds behind it. --quick leaves out th
 """
 
 import argparse
+import collections
 import json
 import os
 import re
@@ -23,6 +24,9 @@ OUTPUTS = ("csd dat opt.dat mc.dat sens.dat opt.csd mc.csd sens.csd out out.1 op
            "sim.1op sim.cir sim.mif").split()
 DECK = '.INC "amp-SCHEMATIC1.net"\n.LIB "amp.lib"\n' + "R1 in out 1k ; one of many lines of a deck\n" * 400
 MIB = 1024 * 1024
+
+# What a command took: seconds on the clock and of processors, and its peak memory in bytes.
+Cost = collections.namedtuple("Cost", "seconds processor peak")
 
 
 def write(path, data):
@@ -94,7 +98,7 @@ def add_names_of_profiles(folder, profiles):
 
 
 def run(command):
-    """Seconds and peak memory in bytes of a command that succeeds."""
+    """The cost of a command that succeeds."""
     started = time.perf_counter()
     process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     _, status, usage = os.wait4(process.pid, 0)
@@ -102,7 +106,7 @@ def run(command):
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         sys.exit(f"{command} ended with {process.returncode}")
-    return seconds, usage.ru_maxrss * 1024
+    return Cost(seconds, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024)
 
 
 def run_step(command):
@@ -146,82 +150,85 @@ class Bench:
         print(f"{what:<58}{figure:<32}{bound}", flush=True)
 
     def against_copy(self, what, project, files, rounds):
-        ratios, peaks, seconds = [], [], []
+        ratios, peaks = [], []
         for number in range(rounds + 1):
             os.sync()
-            copied, _ = run(["cp", "-r", project, self.fresh()])
+            copied = run(["cp", "-r", project, self.fresh()])
             os.sync()
-            converted, peak = run(self.convert(project, self.fresh()))
+            converted = run(self.convert(project, self.fresh()))
             if number == 0:
                 continue  # warms the cache
-            ratios.append(converted / copied)
-            peaks.append(peak / MIB)
-            seconds.append(converted)
+            ratios.append(converted.seconds / copied.seconds)
+            peaks.append(converted.peak / MIB)
         self.row(f"{what}: time / cp -r", span(ratios), "at most 1.00")
         bound = 24 + 300 * files / MIB
         self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), f"at most {bound:.1f}")
-        return seconds
 
     def growth(self, what, small, large, rounds):
-        ratios, copies = [], []
+        costs = []
         for _ in range(rounds):
-            seconds = []
             for project in (small, large):
                 os.sync()
-                copied, _ = run(["cp", "-r", project, self.fresh()])
+                copied = run(["cp", "-r", project, self.fresh()])
                 os.sync()
-                converted, _ = run(self.convert(project, self.fresh()))
-                seconds.append((copied, converted))
-            (once_copied, once), (tenfold_copied, tenfold) = seconds
-            ratios.append(tenfold / once)
-            copies.append(tenfold_copied / once_copied)
-        self.row(f"{what}: time", span(ratios), "at most 11")
-        self.row(f"{what}: the same of cp -r", span(copies), "")
+                converted = run(self.convert(project, self.fresh()))
+                costs.append((copied, converted))
+        self.growth_rows(what, costs)
         if shutil.which("strace"):
             once = system_calls(self.convert(small, self.fresh()))
             tenfold = system_calls(self.convert(large, self.fresh()))
             self.row(f"{what}: system calls", f"{tenfold / once:9.2f}  ({once} calls)", "at most 11")
 
+    def growth_rows(self, what, costs):
+        """`costs`: those of copying and of converting, of one and of ten times as much in turn."""
+        copied, converted = zip(*costs)
+
+        def growth(costs, part):
+            return span([part(large) / part(small) for small, large in zip(costs[::2], costs[1::2])])
+
+        self.row(f"{what}: time", growth(converted, lambda cost: cost.seconds), "at most 11")
+        self.row(f"{what}: time of processors", growth(converted, lambda cost: cost.processor), "")
+        self.row(f"{what}: time of cp -r", growth(copied, lambda cost: cost.seconds), "")
+        against = [converting.seconds / copying.seconds for copying, converting in costs[1::2]]
+        self.row(f"{what.split(' / ')[0]}: time / cp -r", span(against), "")
+
     def convert_library(self, source):
-        """Copies the library and converts the copy; the copy, and the seconds of both and the peak memory."""
+        """Copies the library and converts the copy; the copy, and the cost of both."""
         library = self.fresh()
         os.sync()
-        copied, _ = run(["cp", "-r", source, library])
+        copied = run(["cp", "-r", source, library])
         os.sync()
-        converted, peak = run([self.program, "tarnet", library])
-        return library, copied, converted, peak
+        return library, copied, run([self.program, "tarnet", library])
 
     def library(self, what, source, rounds):
         ratios, peaks = [], []
         for number in range(rounds + 1):
-            _, copied, converted, peak = self.convert_library(source)
+            _, copied, converted = self.convert_library(source)
             if number == 0:
                 continue  # warms the cache
-            ratios.append(converted / copied)
-            peaks.append(peak / MIB)
+            ratios.append(converted.seconds / copied.seconds)
+            peaks.append(converted.peak / MIB)
         self.row(f"{what}: time / cp -r", span(ratios), "at most 1.00")
         self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
 
     def library_growth(self, small, large, rounds):
-        ratios, copies, peaks = [], [], []
+        costs = []
         for _ in range(rounds):
-            _, once_copied, once, _ = self.convert_library(small)
-            library, tenfold_copied, tenfold, peak = self.convert_library(large)
-            ratios.append(tenfold / once)
-            copies.append(tenfold_copied / once_copied)
-            peaks.append(peak / MIB)
-        self.row("10,000 cells / 1,000 cells: time", span(ratios), "at most 11")
-        self.row("10,000 cells / 1,000 cells: the same of cp -r", span(copies), "")
+            for source in (small, large):
+                library, *copied_and_converted = self.convert_library(source)
+                costs.append(copied_and_converted)
+        self.growth_rows("10,000 cells / 1,000 cells", costs)
+        peaks = [converted.peak / MIB for _, converted in costs[1::2]]
         self.row("10,000 cells: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
         ratios, peaks = [], []
         for number in range(rounds + 3):
             # One look at the marker of each new view.
-            found, _ = run(["find", library, "-path", "*/tvx_sim_1/master.tag", "-printf", "%s\n"])
-            again, peak = run([self.program, "tarnet", library])
+            found = run(["find", library, "-path", "*/tvx_sim_1/master.tag", "-printf", "%s\n"])
+            again = run([self.program, "tarnet", library])
             if number == 0:
                 continue  # warms the cache
-            ratios.append(again / found / 2)
-            peaks.append(peak / MIB)
+            ratios.append(again.seconds / found.seconds / 2)
+            peaks.append(again.peak / MIB)
         self.row("10,000 converted cells again: time / find twice", span(ratios), "at most 1.00")
         self.row("10,000 converted cells again: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
 
@@ -249,7 +256,7 @@ class Bench:
         self.row(f"{what}: peak memory of reading / size", span(peaks), "at most 6.00")
 
     def start(self):
-        times = [run([self.program, "--version"])[0] * 1000 for _ in range(50)]
+        times = [run([self.program, "--version"]).seconds * 1000 for _ in range(50)]
         self.row("--version, ms", span(times, "{:.1f}"), "at most 10")
 
 
