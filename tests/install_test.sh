@@ -7,27 +7,9 @@
 # Exit status: 0 passed, 77 skipped, anything else failed.
 set -euo pipefail
 
-if [ $# -ne 5 ]; then
-    echo "usage: install_test.sh CMAKE BUILD_FOLDER SOURCE_FOLDER SCRATCH_FOLDER COMPILER" >&2
-    exit 2
-fi
-cmake=$1
-build=$2
-source=$(cd "$3" && pwd)
-scratch=$4
-compiler=$5
-run=()
-
-command -v "$compiler" >/dev/null || {
-    echo "skipped: no compiler $compiler"
-    exit 77
-}
-
-rm -rf "$scratch"
-mkdir -p "$scratch"
-scratch=$(cd "$scratch" && pwd)
 # shellcheck source=tests/installation.sh
-. "$source/tests/installation.sh"
+. "${0%/*}/installation.sh"
+command -v "$compiler" >/dev/null || skip "there is no $compiler"
 
 "$cmake" --install "$build" --prefix "$scratch/first" >"$scratch/install.log" 2>&1 || {
     cat "$scratch/install.log"

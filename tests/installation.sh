@@ -1,10 +1,11 @@
 # What install_test.sh and package_test.sh share: an installation, wherever it lies, is used as a stranger would: the
-# program, each header by itself, find_package, pkg-config. They source this file; before that they set
+# program, each header by itself, find_package, pkg-config. They source this file with their own arguments, which
+# are
 #
-#   cmake build source scratch compiler   as their own arguments are; paths are absolute
-#   run                                   an array: what runs a program of another system, empty for our own
+#   CMAKE BUILD_FOLDER SOURCE_FOLDER SCRATCH_FOLDER COMPILER [RUN...]
 #
-# and before they try anything
+# RUN is the command that runs a program of another system. The scratch folder is emptied. Before they try anything,
+# they set
 #
 #   prefix binFolder libFolder includeFolder   where the installation is, and its folders below that
 #   sample                                     the folder of the sample project
@@ -12,11 +13,31 @@
 # shellcheck shell=bash
 # shellcheck disable=SC2154
 
+if [ $# -lt 5 ]; then
+    echo "usage: ${0##*/} CMAKE BUILD_FOLDER SOURCE_FOLDER SCRATCH_FOLDER COMPILER [RUN...]" >&2
+    exit 2
+fi
+cmake=$1
+build=$2
+source=$(cd "$3" && pwd)
+rm -rf "$4"
+mkdir -p "$4"
+scratch=$(cd "$4" && pwd)
+compiler=$5
+run=("${@:6}")
+# shellcheck source=tests/windows_libraries.sh
+. "$source/tests/windows_libraries.sh"
+
 unset DESTDIR LD_LIBRARY_PATH
 
 fail() {
     printf 'FAILED: %s\n' "$*" >&2
     exit 1
+}
+
+skip() {
+    echo "skipped: $*"
+    exit 77
 }
 
 cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
@@ -40,8 +61,7 @@ expectOwnLibraries() {
         if grep -E 'not found|libtvx' <<<"$list" | grep -vF "=> $prefix/"; then fail "libraries of $1"; fi
     else
         list=$("$(cached CMAKE_OBJDUMP)" -p "$1" | sed -n 's/^\tDLL Name: //p')
-        if grep -vixE 'tvxconv\.dll|tvx_wobj\.dll|kernel32\.dll|msvcrt\.dll|advapi32\.dll|shell32\.dll' \
-            <<<"$list"; then fail "libraries of $1"; fi
+        if grep -vixE "tvxconv\.dll|tvx_wobj\.dll|$windowsLibraries" <<<"$list"; then fail "libraries of $1"; fi
     fi
 }
 

@@ -7,28 +7,9 @@
 # RUN is the command that runs a Windows program. Exit status: 0 passed, 77 skipped, anything else failed.
 set -euo pipefail
 
-if [ $# -lt 5 ]; then
-    echo "usage: package_test.sh CMAKE BUILD_FOLDER SOURCE_FOLDER SCRATCH_FOLDER COMPILER [RUN...]" >&2
-    exit 2
-fi
-cmake=$1
-build=$2
-source=$(cd "$3" && pwd)
-scratch=$4
-compiler=$5
-run=("${@:6}")
-
-rm -rf "$scratch"
-mkdir -p "$scratch"
-scratch=$(cd "$scratch" && pwd)
 # shellcheck source=tests/installation.sh
-. "$source/tests/installation.sh"
+. "${0%/*}/installation.sh"
 packages=$scratch/packages
-
-skip() {
-    echo "skipped: $*"
-    exit 77
-}
 
 [[ $flags != *-fsanitize=* ]] || skip "a build with a sanitizer is not for others"
 generator=$(sed -n 's/^set(CPACK_GENERATOR "\(.*\)")$/\1/p' "$build/CPackConfig.cmake")

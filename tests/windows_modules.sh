@@ -9,6 +9,8 @@ set -u
 objdump=$1
 folder=$2
 failed=0
+# shellcheck source=tests/windows_libraries.sh
+. "$(dirname "$0")/windows_libraries.sh"
 
 fail() {
     echo "windows_modules: $*" >&2
@@ -28,12 +30,8 @@ for name in tvxconv.dll tvx_wobj.dll DraDsnReader.dll tvxconv.exe tvxconv_host.e
     [ -f "$folder/$name" ] || fail "there is no $name"
 done
 for file in "$folder"/*.dll "$folder"/*.exe; do
-    for needed in $(needs "$file"); do
-        case $needed in
-            kernel32.dll | msvcrt.dll | advapi32.dll | user32.dll | shell32.dll | ws2_32.dll) ;;
-            tvx_wobj.dll) ;;
-            *) fail "$(basename "$file") needs $needed" ;;
-        esac
+    for needed in $(needs "$file" | grep -vixE "$windowsLibraries|tvx_wobj\.dll"); do
+        fail "$(basename "$file") needs $needed"
     done
 done
 
