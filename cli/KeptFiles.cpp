@@ -140,13 +140,14 @@ bool haveSameBytes(const std::string& a, const std::string& b) {
     const OpenFile first(a);
     const OpenFile second(b);
     if (!first.isOpen() || !second.isOpen()) return false;
-    std::vector<char> firstBlock(kBlock);
-    std::vector<char> secondBlock(kBlock);
+    const auto blocks = std::make_unique_for_overwrite<char[]>(2 * kBlock);
+    char* const firstBlock = blocks.get();
+    char* const secondBlock = firstBlock + kBlock;
     for (;;) {
-        const std::int64_t got = first.read(firstBlock.data(), kBlock);
-        if (got < 0 || second.read(secondBlock.data(), kBlock) != got) return false;
-        if (got == 0) return true;
-        if (std::memcmp(firstBlock.data(), secondBlock.data(), static_cast<std::size_t>(got)) != 0)
-            return false;
+        const std::int64_t got = first.read(firstBlock, kBlock);
+        if (got < 0 || second.read(secondBlock, kBlock) != got) return false;
+        const auto size = static_cast<std::size_t>(got);
+        if (std::memcmp(firstBlock, secondBlock, size) != 0) return false;
+        if (size < kBlock) return true;
     }
 }

@@ -79,6 +79,30 @@ void addFilesBelow(const std::string& folder, int levels, std::set<std::string>&
     }
 }
 
+// Where new files are, by the paths that a conversion records: those are in lower case. Many in a row lie in
+// one folder, whose spelling is looked up once.
+class NewFiles {
+public:
+    explicit NewFiles(const std::string& destination) : destination_(destination) {}
+
+    std::string pathOf(const std::string& recorded) {
+        std::string path;
+        fsutil::resolveRelative(recorded, destination_, path);
+        const std::size_t slash = path.rfind('/');
+        if (slash == std::string::npos) return path;
+        if (path.compare(0, slash, folder_) != 0) {
+            folder_.assign(path, 0, slash);
+            folderOnDisk_ = platform::pathOnDisk(folder_);
+        }
+        return folderOnDisk_ + path.substr(slash);
+    }
+
+private:
+    const std::string& destination_;
+    std::string folder_;
+    std::string folderOnDisk_;
+};
+
 // The extensions of the design's two files.
 constexpr const char* kDesignExtensions[] = {".dsn", ".dbk"};
 
@@ -145,6 +169,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
     converter.getProjectDir(projectDir);
     converter.getDestinationDir(destination);
     NotCarried result;
+    NewFiles newFiles(destination);
     std::string oldPath;
     std::string newPath;
     for (int end = converter.firstRelocation(oldPath, newPath); end == 0;
@@ -153,8 +178,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
         bool isRelative = false;
         fsutil::normaliseReference(oldFile, isRelative);
         if (isRelative) fsutil::resolveRelative(oldPath, projectDir, oldFile);
-        std::string newFile;
-        fsutil::resolveRelative(newPath, destination, newFile);
+        const std::string newFile = newFiles.pathOf(newPath);
         const std::string keptFile = kept.keptPath(oldFile);
         if (keptFile.empty() || fsutil::isSameFile(keptFile, newFile)) continue;
         bool arrived = fsutil::isPresentFile(newFile);

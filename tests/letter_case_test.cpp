@@ -22,6 +22,7 @@
 
 #include "fsutil/files.h"
 #include "fsutil/lines.h"
+#include "platform/platform.h"
 #include "support/TestFolder.h"
 
 namespace fs = std::filesystem;
@@ -343,6 +344,24 @@ TEST_F(LetterCase, OfSeveralTwinsMakesANewEntryAsSpelled) {
     EXPECT_EQ(fsutil::ensureDirectory(folder.path("sUB")), 0);
     EXPECT_TRUE(folder.exists("sUB"));
     EXPECT_EQ(writeText("sUb/new", "text"), 1) << "a folder that is none of the four";
+}
+
+TEST_F(LetterCase, OfAPathOnDiskIsThatOfTheDisk) {
+    folder.write("Some/Where/File.Txt", "");
+    struct {
+        const char* asked;
+        const char* found;
+    } const paths[] = {
+        {"Some/Where/File.Txt", "Some/Where/File.Txt"},
+        {"some/where/file.txt", "Some/Where/File.Txt"},
+        {"SOME/Where", "Some/Where"},
+        {"some/where/", "Some/Where/"},
+        {"some/where/other", "some/where/other"},
+        {"some/nowhere/file.txt", "some/nowhere/file.txt"},
+    };
+    for (const auto& path : paths) {
+        EXPECT_EQ(platform::pathOnDisk(folder.path(path.asked)), folder.path(path.found)) << path.asked;
+    }
 }
 
 TEST_F(LetterCase, DoesNotHideThatTwoTextsNameOneFile) {

@@ -46,6 +46,11 @@ bool isOwnFile(const FileStatus& status);
 int getStatus(const char* path, FileStatus& status);
 int getStatus(int descriptor, FileStatus& status);
 
+// The path by which the system itself finds the file or folder: where letter case counts, `path` as it is
+// spelled on disk. `path` itself when nothing is there. Looking up many files of one folder is cheaper by
+// this.
+std::string pathOnDisk(const std::string& path);
+
 // The runtime's access test: 0 existence, 2 write, 4 read.
 int checkAccess(const char* path, int mode);
 

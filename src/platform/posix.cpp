@@ -132,6 +132,16 @@ int getStatus(int descriptor, FileStatus& status) {
     return errorOf(result);
 }
 
+std::string pathOnDisk(const std::string& path) {
+    std::string result = path;
+    onExisting(path.c_str(), [&](const char* actual) {
+        result = actual;
+        struct stat status {};
+        return stat(actual, &status);
+    });
+    return result;
+}
+
 int checkAccess(const char* path, int mode) {
     const int test = mode == 0 ? F_OK : ((mode & 4) != 0 ? R_OK : 0) | ((mode & 2) != 0 ? W_OK : 0);
     return errorOf(onExisting(path, [&](const char* actual) { return access(actual, test); }));

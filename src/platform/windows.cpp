@@ -223,6 +223,10 @@ int getStatus(int descriptor, FileStatus& status) {
     return handle == -1 ? EBADF : statusOf(reinterpret_cast<HANDLE>(handle), status);
 }
 
+std::string pathOnDisk(const std::string& path) {
+    return path;
+}
+
 int checkAccess(const char* path, int mode) {
     return errorOf(_access(path, mode & 6));
 }
