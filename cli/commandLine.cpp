@@ -47,7 +47,11 @@ std::string withoutDots(const std::string& path) {
 std::string absolute(const std::string& argument) {
     std::string path;
     tvxconv::fsutil::toForwardSlashes(tvxconv::platform::absolutePath(argument), path);
-    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    // One slash says as much as several, but for two at the beginning that name another machine.
+    const auto network = path.begin() + (tvxconv::platform::hasDriveLetters() && !path.empty() ? 1 : 0);
+    path.erase(std::unique(network, path.end(), [](char a, char b) { return a == '/' && b == '/'; }),
+               path.end());
+    if (path.size() > 1 && path.back() == '/') path.pop_back();
     return withoutDots(path);
 }
 

@@ -191,6 +191,8 @@ TEST_F(TarnetCommand, TheLibraryIsFoundHoweverItIsWritten) {
     } cases[] = {
         {library_.dir + "/", ""},
         {library_.dir + "///", ""},
+        {library_.folder.path("site//lib"), ""},
+        {library_.folder.path("/site///lib//"), ""},
         {"lib", library_.folder.path("site")},
         {"./lib/", library_.folder.path("site")},
         {".", library_.dir},

@@ -45,6 +45,22 @@ TEST(PosixPlatform, ReadingLeavesTheTimeOfTheLastReading) {
     }
 }
 
+TEST(PosixPlatform, WritingThroughALinkThatLeadsNowhereYetMakesItsTarget) {
+    const TestFolder folder;
+    const string source = folder.write("source", "text");
+    for (const char* link : {"copied", "Written"}) {
+        ASSERT_EQ(symlink((string("target of ") + link).c_str(), folder.path(link).c_str()), 0);
+    }
+    EXPECT_EQ(fsutil::copyFile(source, folder.path("copied")), 0);
+    EXPECT_EQ(folder.read("target of copied"), "text");
+    fsutil::LineWriter writer;
+    EXPECT_EQ(writer.open(folder.path("written")), 0);
+    writer.write("line");
+    EXPECT_EQ(writer.close(), 0);
+    EXPECT_EQ(folder.read("target of Written"), "line");
+    EXPECT_FALSE(folder.exists("written"));
+}
+
 TEST(PosixPlatform, AFileOfSomebodyElseIsReadAllTheSame) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can make files for another user";
     const TestFolder folder;

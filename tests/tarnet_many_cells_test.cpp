@@ -21,7 +21,7 @@ using namespace tests;
 using tvxconv::TarnetProjectConverter;
 namespace fs = std::filesystem;
 
-constexpr int kCells = 40;
+constexpr int kCells = 24;
 
 std::string cellName(int number) {
     return number < 10 ? "cell0" + std::to_string(number) : "cell" + std::to_string(number);
@@ -189,6 +189,41 @@ TEST(TarnetManyCells, ViewsThatAreThereAndCellsThatAreConvertedAreInNobodysWay) 
     }
     EXPECT_EQ(library.convert(), 0);
     EXPECT_EQ(difference(expected, library.tree()), "");
+}
+
+// A cell may name files in the new view of another. Those of an earlier cell are there when its turn comes,
+// those of a later one are not.
+TEST(TarnetManyCells, NamesOfFilesInNewViewsAreFollowedAsFarAsTheRunHasCome) {
+    for (const int first : {1, 4, 5, 12, 21}) {
+        for (const int end : {first + 1, kCells - 1}) {
+            ManyCells library;
+            Tree expected = ManyCells::convertedUpTo(library.tree(), kCells);
+            for (int number = first; number < end; ++number) {
+                const auto fileOf = [](int cell) { return "../" + cellName(cell) + "/Tvx_Sim_1/a.lib"; };
+                const std::string earlier = fileOf(number - 1);
+                const std::string later = fileOf(number + 1);
+                const std::string folder = library.path(cellName(number));
+                const auto add = [&](const std::string& name, const std::string& text) {
+                    expected[cellName(number) + "/" + name] = text;
+                };
+                const std::string deck =
+                    ".LIB \"../" + earlier + "\"\n.LIB \"../" + later + "\"\n.LIB \"a.lib\"\n";
+                library.writeOldOf(number, "tran.sim.cir", deck);
+                add("cfg_analog/tran.sim.cir", deck);
+                add("tvx_sim_1/profiles/tran/tran.cir", ".LIB \"" + folder + "/" + earlier +
+                                                            "\"\n.LIB \"../" + later +
+                                                            "\"\n.LIB \"../../a.lib\"\n");
+                const std::string profile = "+0 \"../" + earlier + "\" \n+1 \"../" + later + "\" \n";
+                library.writeOldOf(number, "tran.sim", profile);
+                add("cfg_analog/tran.sim", profile);
+                add("tvx_sim_1/profiles/tran.sim", "+0 \"a.lib\" \n+1 \"../" + later + "\" \n");
+                add("tvx_sim_1/profiles/tran/a.lib", "models of " + cellName(number - 1));
+            }
+            EXPECT_EQ(library.convert(), 0) << first;
+            EXPECT_EQ(lastError(), LastError()) << first;
+            EXPECT_EQ(difference(expected, library.tree()), "") << first << " to " << end;
+        }
+    }
 }
 
 // Two names of one folder: the first converts it, and the second finds it converted.

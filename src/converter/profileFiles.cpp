@@ -48,7 +48,7 @@ bool entryNumber(std::string_view line, int& number) {
 }
 
 // Whether the line is one whose file follows the profile, and if so which.
-bool isMovedEntry(std::string_view line, const std::string& folder, ListEntry& entry) {
+bool isMovedEntry(std::string_view line, const ProfileRules& rules, ListEntry& entry) {
     if (line.front() != '+' || !entryNumber(line, entry.number) || entry.number > kLastMovedEntry) {
         return false;
     }
@@ -57,8 +57,8 @@ bool isMovedEntry(std::string_view line, const std::string& folder, ListEntry& e
     fsutil::toForwardSlashes(value, value);
     bool isRelative = false;
     fsutil::normaliseReference(value, isRelative);
-    if (!isRelative || fsutil::resolveRelative(value, folder, entry.file) != 0) return false;
-    if (!fsutil::isPresentFile(entry.file)) return false;
+    if (!isRelative || fsutil::resolveRelative(value, rules.folder, entry.file) != 0) return false;
+    if (!rules.isPresent(entry.file)) return false;
     fsutil::fileNameOf(entry.file, entry.name);
     return !entry.name.empty();
 }
@@ -89,7 +89,7 @@ int rewriteProfileFile(const std::string& oldPath, const std::string& newPath, c
             return;
         }
         ListEntry entry;
-        if (isMovedEntry(line, rules.folder, entry)) {
+        if (isMovedEntry(line, rules, entry)) {
             rules.moveEntry(entry, line, writer);
         } else {
             writer.write(line);

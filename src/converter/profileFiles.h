@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "converter/ProjectConverter.h"
+#include "fsutil/files.h"
 #include "fsutil/lines.h"
 
 namespace tvxconv {
@@ -43,6 +44,8 @@ struct ProfileRules {
     std::string netlist;
     // In the order of the tests.
     std::span<const ProfileKey> keys;
+    // Whether the file of a "+" line is there.
+    std::function<bool(const std::string& file)> isPresent = fsutil::isPresentFile;
     // What a recognised value becomes.
     std::function<std::string(ProfileValue kind, const std::string& oldValue)> newValue;
     // Brings an entry's file along and writes what becomes of its line.

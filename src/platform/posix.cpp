@@ -252,6 +252,10 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
         if (!findPlaceForNew(path, actual, &isNew)) return ENOENT;
         // A file that is there is opened without the flag: some systems refuse it for another user's file.
         file = open(actual.c_str(), O_WRONLY | (isNew ? O_CREAT : 0) | kOpenFlags, permissions);
+        // A link that leads nowhere yet.
+        if (file == -1 && errno == ENOENT && !isNew) {
+            file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
+        }
         if (file == -1) return errno;
         if (isNew) noteMade(actual);
     }

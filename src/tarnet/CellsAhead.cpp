@@ -63,6 +63,10 @@ void CellsAhead::begin(const std::string& cellFolder) {
 
 std::optional<int> CellsAhead::accept() {
     await(cells_.front());
+    if (cells_.front().isOutOfTurn) {
+        isGivenUp_ = true;
+        takeBack();
+    }
     const Cell cell = std::move(cells_.front());
     cells_.pop_front();
     if (cell.newView.empty()) return std::nullopt;
@@ -83,6 +87,7 @@ void CellsAhead::takeBack() {
         // The mark first: what may be left of the view does not count as converted then.
         fsutil::deleteFile(cell.newView + "/" + kViewMarker);
         removeTree(cell.newView);
+        cell.newView.clear();
     }
 }
 
@@ -93,10 +98,12 @@ void CellsAhead::await(const Cell& cell) {
 
 // Starts the threads if there are none yet. False when there can be none.
 bool CellsAhead::haveHelpers() {
-    if (!std::exchange(mayHaveMoreHelpers_, false)) return !helpers_.empty();
+    if (isGivenUp_) return false;
+    if (!std::exchange(mayStartHelpers_, false)) return !helpers_.empty();
     const std::size_t count = std::min<std::size_t>(std::thread::hardware_concurrency(), kMostHelpers);
     while (helpers_.size() < count) {
         Helper& helper = helpers_.emplace_back();
+        helper.converter.setOutOfTurn(true);
         helper.converter.copyExtensions() = owner_.copyExtensions();
         helper.converter.cellExtensions() = owner_.cellExtensions();
         helper.converter.profileExtensions() = owner_.profileExtensions();
@@ -146,6 +153,8 @@ void CellsAhead::convert(TarnetProjectConverter& converter, Cell& cell) {
         converter.enterCell(oldViewOf(cell.folder));
         cell.status = converter.fillNewView(cell.fileNames);
         cell.errors = OwnErrors::take();
+    } catch (const TarnetProjectConverter::OutOfTurn&) {
+        cell.isOutOfTurn = true;
     } catch (...) {
         cell.thrown = std::current_exception();
     }

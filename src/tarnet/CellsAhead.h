@@ -50,6 +50,8 @@ public:
 
     // Waits for the first cell, records its errors, and returns its status; nothing when nothing was done for
     // it. It is accepted then. What the work on it threw (memory ran out) is thrown here.
+    // A cell that names files in a new view has to see what is there in its turn. It and all later ones are
+    // taken back then, and nothing is done for any cell from now on.
     std::optional<int> accept();
 
 private:
@@ -58,6 +60,7 @@ private:
         std::string newView;  // empty: nothing is done
         std::vector<std::string> fileNames;
         bool isDone = true;
+        bool isOutOfTurn = false;
         int status = 0;
         std::vector<OwnErrors::Report> errors;
         std::exception_ptr thrown;
@@ -79,7 +82,8 @@ private:
 
     TarnetProjectConverter& owner_;
     std::list<Helper> helpers_;
-    bool mayHaveMoreHelpers_ = true;
+    bool mayStartHelpers_ = true;
+    bool isGivenUp_ = false;
 
     std::deque<Cell> cells_;  // begun and not accepted, in their order
 

@@ -90,6 +90,9 @@ public:
     // Writes the file that marks the new view. It names the cell's netlist.
     int writeViewMasterTag(const std::string& path);
 
+    // Whether a file is there that another one names, wherever it lies. See setOutOfTurn.
+    bool isPresentReference(const std::string& file) const;
+
     // --- profileFile.cpp, netlists.cpp, optimizerFile.cpp ---
     // Each writes a new file from an old one, its references rewritten. Statuses as with rewriteLines.
 
@@ -108,6 +111,11 @@ public:
     // The design profiles that it names without a folder are copied into `destinationDirectory`.
     int rewriteOptimizerFile(const std::string& sourcePath, const std::string& destinationPath,
                              const std::string& destinationDirectory);
+
+    // A converter of cells whose turn has not come cannot tell what new views will hold by then. With this
+    // set, isPresentReference throws OutOfTurn when it is asked for a file in one of them.
+    struct OutOfTurn {};
+    void setOutOfTurn(bool isOutOfTurn) { isOutOfTurn_ = isOutOfTurn; }
 
 private:
     // How a file of the old view comes into the new one.
@@ -134,6 +142,7 @@ private:
     std::string cellName_;
     std::string libraryDirectory_;
     std::string libraryParentName_;
+    bool isOutOfTurn_ = false;
 };
 
 }  // namespace tvxconv

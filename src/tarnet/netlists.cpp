@@ -51,7 +51,7 @@ int TarnetProjectConverter::relocateReference(const std::string& sourceDirectory
         }
         if (fsutil::resolveRelative(path, sourceDirectory, file) != 0) return 0;
     }
-    if (fsutil::isPresentFile(file)) result = file;
+    if (isPresentReference(file)) result = file;
     return 0;
 }
 

@@ -26,6 +26,7 @@ int TarnetProjectConverter::rewriteSimProfile(const std::string& sourceDirectory
     rules.folder = sourceDirectory;
     rules.netlist = cellName + ".net";
     rules.keys = kKeys;
+    rules.isPresent = [&](const std::string& file) { return isPresentReference(file); };
     rules.newValue = [&](ProfileValue kind, const std::string& value) {
         if (kind == ProfileValue::deck) return profileName + ".cir";
         std::string reference;

@@ -5,6 +5,7 @@
 #include "converter/fileSteps.h"
 #include "converter/folderNames.h"
 #include "converter/outputNames.h"
+#include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/lines.h"
 #include "fsutil/paths.h"
@@ -121,6 +122,11 @@ int TarnetProjectConverter::ensureProfileFolder(const std::string& profile, Read
         ready.insert(folder);
     }
     return 0;
+}
+
+bool TarnetProjectConverter::isPresentReference(const std::string& file) const {
+    if (isOutOfTurn_ && liesInNewView(file)) throw OutOfTurn();
+    return fsutil::isPresentFile(file);
 }
 
 int TarnetProjectConverter::writeViewMasterTag(const std::string& path) {

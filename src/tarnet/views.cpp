@@ -1,5 +1,8 @@
 #include "tarnet/views.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "converter/outputNames.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
@@ -18,6 +21,15 @@ std::string oldViewOf(const std::string& cellFolder) {
 
 std::string newViewOf(const std::string& cellFolder) {
     return cellFolder + "/" + kNewView;
+}
+
+bool liesInNewView(const std::string& path) {
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (equalIgnoringCase(std::string_view(path).substr(begin, end - begin), kNewView)) return true;
+        begin = end + 1;
+    }
+    return false;
 }
 
 bool isView(const std::string& folder) {

@@ -28,6 +28,9 @@ bool isCellName(const std::string& name);
 std::string oldViewOf(const std::string& cellFolder);
 std::string newViewOf(const std::string& cellFolder);
 
+// Whether the path leads through the new view of a cell.
+bool liesInNewView(const std::string& path);
+
 // Whether the folder is marked as a view. A marker that may not be read counts as absent.
 bool isView(const std::string& folder);
 
