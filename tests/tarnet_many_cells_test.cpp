@@ -226,6 +226,55 @@ TEST(TarnetManyCells, NamesOfFilesInNewViewsAreFollowedAsFarAsTheRunHasCome) {
     }
 }
 
+// An old view may be a link to a new one: its turn comes when that is there, or not at all.
+TEST(TarnetManyCells, AnOldViewThatIsANewOneIsConvertedOnlyAfterThat) {
+    for (int linking = 4; linking < 9; ++linking) {
+        for (const bool isLater : {true, false}) {
+            ManyCells library;
+            const int linked = isLater ? linking + 1 : linking - 1;
+            fs::remove_all(library.path(cellName(linking)) + "/cfg_analog");
+            tests::makeLink("../" + cellName(linked) + "/tvx_sim_1",
+                            library.path(cellName(linking)) + "/cfg_analog");
+            EXPECT_EQ(library.convert(), 0);
+            EXPECT_EQ(lastError(), LastError());
+            EXPECT_EQ(fs::exists(library.viewOf(linking)), !isLater) << linking;
+            if (!isLater) {
+                EXPECT_EQ(library.read(cellName(linking) + "/tvx_sim_1/a.lib"),
+                          "models of " + cellName(linked));
+            }
+            for (const int number : {linked, kCells - 1}) {
+                EXPECT_EQ(treeOf(library.viewOf(number)).size(), 7U) << number;
+            }
+        }
+    }
+}
+
+// A cell that is not converted ahead does not see the new views of later ones either.
+TEST(TarnetManyCells, ACellWithANewViewAlreadyDoesNotSeeThoseOfLaterOnes) {
+    for (int number = 4; number < 9; ++number) {
+        ManyCells library;
+        Tree expected = ManyCells::convertedUpTo(library.tree(), kCells);
+        fs::create_directory(library.viewOf(number));
+        const std::string deck = ".LIB \"../../" + cellName(number + 1) + "/tvx_sim_1/a.lib\"\n";
+        library.writeOldOf(number, "tran.sim.cir", deck);
+        expected[cellName(number) + "/cfg_analog/tran.sim.cir"] = deck;
+        expected[cellName(number) + "/tvx_sim_1/profiles/tran/tran.cir"] = deck;
+        EXPECT_EQ(library.convert(), 0);
+        EXPECT_EQ(difference(expected, library.tree()), "") << number;
+    }
+}
+
+// Where a backslash can be in a name, it separates all the same.
+TEST(TarnetManyCells, ACellWithABackslashInItsNameEndsTheRun) {
+    ManyCells library;
+    library.addCell("cell05\\x");
+    if (library.exists("cell05/x")) GTEST_SKIP() << "a backslash is in no name here";
+    const Tree before = library.tree();
+    EXPECT_EQ(library.convert(), 10102);
+    EXPECT_EQ(lastError(), createDirectoryError(library.path("cell05/x/tvx_sim_1")));
+    EXPECT_EQ(difference(ManyCells::convertedUpTo(before, 6), library.tree()), "");
+}
+
 // Two names of one folder: the first converts it, and the second finds it converted.
 TEST(TarnetManyCells, AFolderUnderTwoNamesIsConvertedOnce) {
     for (int number = 4; number < 8; ++number) {

@@ -60,6 +60,8 @@ public:
     // the end and in an empty table.
     int firstRelocation(std::string& oldPath, std::string& newPath);
     int nextRelocation(std::string& oldPath, std::string& newPath);
+    // Whether there is anything in the table.
+    bool hasRelocations() const { return !relocations_.empty(); }
 
 protected:
     // Hands a text out as the getters do: 0, or 1 and an empty output while it is empty.

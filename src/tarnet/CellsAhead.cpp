@@ -8,6 +8,7 @@
 #include "converter/errors.h"
 #include "converter/folderNames.h"
 #include "fsutil/files.h"
+#include "fsutil/paths.h"
 #include "tarnet/views.h"
 
 namespace tvxconv {
@@ -52,7 +53,8 @@ bool CellsAhead::isPossible() {
 void CellsAhead::begin(const std::string& cellFolder) {
     Cell& cell = cells_.emplace_back();
     cell.folder = cellFolder;
-    if (!haveHelpers() || !makeNewView(cell)) return;
+    if (!isToBeConverted(cellFolder) || !haveHelpers() || !makeNewView(cell)) return;
+    ++underWay_;
     {
         const std::lock_guard lock(mutex_);
         waiting_.push_back(&cell);
@@ -70,12 +72,14 @@ std::optional<int> CellsAhead::accept() {
     const Cell cell = std::move(cells_.front());
     cells_.pop_front();
     if (cell.newView.empty()) return std::nullopt;
+    --underWay_;
     if (cell.thrown) std::rethrow_exception(cell.thrown);
     for (const OwnErrors::Report& error : cell.errors) recordError(error.code, error.message);
     return cell.status;
 }
 
-void CellsAhead::takeBack() {
+bool CellsAhead::takeBack() {
+    if (underWay_ == 0) return false;
     {
         const std::lock_guard lock(mutex_);
         for (Cell* cell : waiting_) cell->isDone = true;
@@ -89,6 +93,8 @@ void CellsAhead::takeBack() {
         removeTree(cell.newView);
         cell.newView.clear();
     }
+    underWay_ = 0;
+    return true;
 }
 
 void CellsAhead::await(const Cell& cell) {
@@ -124,7 +130,9 @@ bool CellsAhead::makeNewView(Cell& cell) {
         cell.fileNames.push_back(name);
         return true;
     });
-    std::string newView = newViewOf(cell.folder);
+    // As the converter names it: a backslash separates, too.
+    std::string newView;
+    fsutil::toForwardSlashes(newViewOf(cell.folder), newView);
     if (listed != 0 || fsutil::makeDirectory(newView.c_str(), kFolderMode) != 0) return false;
     cell.newView = std::move(newView);
     return true;

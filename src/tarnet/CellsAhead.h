@@ -39,10 +39,10 @@ public:
     static bool isPossible();
 
     // Whether as many cells have begun as should before the first of them is accepted.
-    bool isFull() const { return cells_.size() >= kMostAhead; }
+    bool isFull() const { return underWay_ >= kMostAhead || cells_.size() >= kMostLookedAt; }
 
-    // Begins with the cell of this folder. Nothing is done for it when there is no thread, its old view
-    // cannot be listed, or the new one is there or cannot be made.
+    // Begins with the cell of this folder. Nothing is done for it when there is no thread, it is not to be
+    // converted, its old view cannot be listed, or the new one is there or cannot be made.
     void begin(const std::string& cellFolder);
 
     // The folder of the first cell that has begun and is not accepted; null when there is none.
@@ -53,6 +53,10 @@ public:
     // A cell that names files in a new view has to see what is there in its turn. It and all later ones are
     // taken back then, and nothing is done for any cell from now on.
     std::optional<int> accept();
+
+    // Makes all cells that have begun into ones for which nothing was done: their new views are removed.
+    // False when there were none.
+    bool takeBack();
 
 private:
     struct Cell {
@@ -72,8 +76,8 @@ private:
 
     static constexpr std::size_t kMostHelpers = 4;
     static constexpr std::size_t kMostAhead = 4 * kMostHelpers;
+    static constexpr std::size_t kMostLookedAt = 256;
 
-    void takeBack();
     void await(const Cell& cell);
     bool haveHelpers();
     static bool makeNewView(Cell& cell);
@@ -85,7 +89,8 @@ private:
     bool mayStartHelpers_ = true;
     bool isGivenUp_ = false;
 
-    std::deque<Cell> cells_;  // begun and not accepted, in their order
+    std::deque<Cell> cells_;    // begun and not accepted, in their order
+    std::size_t underWay_ = 0;  // of those, with something done
 
     std::mutex mutex_;  // guards the following, and isDone of a cell that has begun
     std::condition_variable changed_;

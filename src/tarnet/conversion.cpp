@@ -18,17 +18,17 @@ constexpr int kLibraryMode = 1;
 // Cells that are converted by one thread before a second one is worth its start.
 constexpr std::size_t kCellsAlone = 4;
 
-// The cells of a library one after the other, each looked at when its turn comes.
+// The cells of a library one after the other, but for those that are converted.
 class CellWalk {
 public:
     CellWalk(const std::string& library, const std::vector<std::string>& names)
         : library_(library), names_(names) {}
 
-    // The folder of the next cell that is to be converted; empty at the end.
+    // The folder of the next cell without its new view; empty at the end.
     std::string next() {
         while (at_ < names_.size()) {
             std::string cellFolder = library_ + "/" + names_[at_++];
-            if (isToBeConverted(cellFolder)) return cellFolder;
+            if (!isView(newViewOf(cellFolder))) return cellFolder;
         }
         return {};
     }
@@ -63,9 +63,7 @@ int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) 
     CellWalk walk(libraryDirectory_, names);
     CellsAhead ahead(*this);
     // Other threads do not know what a host has entered into the table of moves.
-    std::string oldPath;
-    std::string newPath;
-    const bool mayLookAhead = CellsAhead::isPossible() && firstRelocation(oldPath, newPath) != 0;
+    const bool mayLookAhead = CellsAhead::isPossible() && !hasRelocations();
     std::size_t converted = 0;
     for (;;) {
         while (mayLookAhead && converted >= kCellsAlone && !ahead.isFull()) {
@@ -76,15 +74,15 @@ int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) 
         const bool isBegun = ahead.first() != nullptr;
         const std::string cell = isBegun ? *ahead.first() : walk.next();
         if (cell.empty()) return 0;
-        std::optional<int> status;
-        if (isBegun) {
-            status = ahead.accept();
-            // Two cells may be links to one folder.
-            if (!status && !isToBeConverted(cell)) continue;
+        const std::optional<int> accepted = isBegun ? ahead.accept() : std::nullopt;
+        if (!accepted) {
+            if (!isToBeConverted(cell)) continue;
+            // It must not see, by a link or by name, what later cells have got already.
+            if (ahead.takeBack() && !isToBeConverted(cell)) continue;
         }
         if (const int entered = enterCell(oldViewOf(cell)); entered != 0) return entered;
-        if (!status) status = relocateCellFiles();
-        if (*status != 0) return *status;
+        const int status = accepted ? *accepted : relocateCellFiles();
+        if (status != 0) return status;
         ++converted;
     }
 }
