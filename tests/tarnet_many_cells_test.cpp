@@ -292,6 +292,22 @@ TEST(TarnetManyCells, AFolderUnderTwoNamesIsConvertedOnce) {
     }
 }
 
+TEST(TarnetManyCells, AFolderUnderTwoNamesTakesTheFirstAlsoAfterACellThatIsConvertedInItsTurn) {
+    for (int number = 4; number < 9; ++number) {
+        ManyCells library;
+        fs::create_directory(library.viewOf(number));
+        for (int later = number + 2; later < kCells; ++later) {
+            fs::remove_all(library.path(cellName(later)));
+            tests::makeLink(cellName(number + 1), library.path(cellName(later)));
+        }
+        EXPECT_EQ(library.convert(), 0);
+        EXPECT_EQ(lastError(), LastError());
+        EXPECT_EQ(library.read(cellName(number + 1) + "/tvx_sim_1/master.tag"),
+                  cellName(number + 1) + ".net");
+        EXPECT_EQ(treeOf(library.viewOf(number + 1)).size(), 7U) << number;
+    }
+}
+
 TEST(TarnetManyCells, AnOldViewThatMayNotBeListedIsPassedOver) {
     for (int number = 4; number < 8; ++number) {
         ManyCells library;

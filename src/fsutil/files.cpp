@@ -290,6 +290,12 @@ void forgetFolders() {
     platform::forgetFolders();
 }
 
+AfterStop::AfterStop() : wasStopped_(platform::resumeFiles()) {}
+
+AfterStop::~AfterStop() {
+    if (wasStopped_) platform::stopFiles();
+}
+
 OwnFolders::OwnFolders() : isReady_(platform::beginOwnFolders() == 0) {}
 
 OwnFolders::~OwnFolders() {

@@ -112,6 +112,19 @@ int removeDirectory(const std::string& path);
 // Gives back the memory of what is remembered of folders; a conversion does so at its end.
 void forgetFolders();
 
+// As long as one of these lives, files can be changed although they have been stopped before: to take away
+// what must not stay when a run ends.
+class AfterStop {
+public:
+    AfterStop();
+    ~AfterStop();
+    AfterStop(const AfterStop&) = delete;
+    AfterStop& operator=(const AfterStop&) = delete;
+
+private:
+    bool wasStopped_;
+};
+
 // What is remembered of folders is not locked. A thread that makes files beside another has one of these as
 // long as it does, made and ended in that thread: it then remembers for itself.
 class OwnFolders {

@@ -148,9 +148,10 @@ int linkFile(const char* from, const char* to);
 // --- stopping ---
 
 // Makes every function above that opens, makes, removes, reads or writes fail from now on, so that a
-// long run ends soon and in order; allowed from a signal handler. resumeFiles takes it back.
+// long run ends soon and in order; allowed from a signal handler. resumeFiles takes it back, and tells whether
+// they were stopped.
 void stopFiles();
-void resumeFiles();
+bool resumeFiles();
 
 // For a program, at its start: large pieces of memory go back to the system as soon as they are free.
 void keepNoFreeMemory();

@@ -411,8 +411,8 @@ void stopFiles() {
     stopped = true;
 }
 
-void resumeFiles() {
-    stopped = false;
+bool resumeFiles() {
+    return stopped.exchange(false);
 }
 
 void keepNoFreeMemory() {

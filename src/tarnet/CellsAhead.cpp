@@ -71,6 +71,7 @@ std::optional<int> CellsAhead::accept() {
     }
     const Cell cell = std::move(cells_.front());
     cells_.pop_front();
+    if (takenBack_ != 0) --takenBack_;
     if (cell.newView.empty()) return std::nullopt;
     --underWay_;
     if (cell.thrown) std::rethrow_exception(cell.thrown);
@@ -85,8 +86,10 @@ bool CellsAhead::takeBack() {
         for (Cell* cell : waiting_) cell->isDone = true;
         waiting_.clear();
     }
+    for (const Cell& cell : cells_) await(cell);
+    // Also where the run has been interrupted: nobody would tell of what failed in these cells.
+    const fsutil::AfterStop cleaning;
     for (Cell& cell : cells_) {
-        await(cell);
         if (cell.newView.empty()) continue;
         // The mark first: what may be left of the view does not count as converted then.
         fsutil::deleteFile(cell.newView + "/" + kViewMarker);
@@ -94,6 +97,7 @@ bool CellsAhead::takeBack() {
         cell.newView.clear();
     }
     underWay_ = 0;
+    takenBack_ = cells_.size();
     return true;
 }
 

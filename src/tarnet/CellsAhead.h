@@ -39,7 +39,10 @@ public:
     static bool isPossible();
 
     // Whether as many cells have begun as should before the first of them is accepted.
-    bool isFull() const { return underWay_ >= kMostAhead || cells_.size() >= kMostLookedAt; }
+    // After some were taken back none should until these are accepted: their places count as theirs.
+    bool isFull() const {
+        return takenBack_ != 0 || underWay_ >= kMostAhead || cells_.size() >= kMostLookedAt;
+    }
 
     // Begins with the cell of this folder. Nothing is done for it when there is no thread, it is not to be
     // converted, its old view cannot be listed, or the new one is there or cannot be made.
@@ -89,8 +92,9 @@ private:
     bool mayStartHelpers_ = true;
     bool isGivenUp_ = false;
 
-    std::deque<Cell> cells_;    // begun and not accepted, in their order
-    std::size_t underWay_ = 0;  // of those, with something done
+    std::deque<Cell> cells_;     // begun and not accepted, in their order
+    std::size_t underWay_ = 0;   // of those, with something done
+    std::size_t takenBack_ = 0;  // the first so many had begun when cells were taken back
 
     std::mutex mutex_;  // guards the following, and isDone of a cell that has begun
     std::condition_variable changed_;
