@@ -148,8 +148,8 @@ int linkFile(const char* from, const char* to);
 // --- stopping ---
 
 // Makes every function above that opens, makes, removes, reads or writes fail from now on, so that a
-// long run ends soon and in order; allowed from a signal handler. resumeFiles takes it back, and tells whether
-// they were stopped.
+// long run ends soon and in order; allowed from a signal handler. resumeFiles takes it back, and tells
+// whether they were stopped.
 void stopFiles();
 bool resumeFiles();
 
