@@ -235,45 +235,39 @@ TEST(ReportError, ReplacesCodeAndMessageOfAnEarlierFailure) {
     expectStored(10104, "File \"c\" does not exist.");
 }
 
-TEST(RecordError, StoresCodeAndMessageAsTheyAre) {
-    const std::uint64_t before = countReportedErrors();
-    recordError(10108, "a message with %s in it");
-    expectStored(10108, "a message with %s in it");
-    EXPECT_EQ(countReportedErrors(), before + 1);
-}
-
-TEST(OwnErrors, KeepWhatTheirThreadReportsFromTheStore) {
+TEST(AttemptErrors, AreKeptFromTheStoreAndFromTheObserver) {
     reportError(ERR_FILE_NOT_FOUND, "before");
     const std::uint64_t before = countReportedErrors();
-    std::vector<std::size_t> counts;
-    std::vector<OwnErrors::Report> reports;
+    int observed = 0;
+    observeErrors([&](int, const std::string&) { ++observed; });
+    std::vector<bool> any;
     std::thread([&] {
-        const OwnErrors errors;
-        counts.push_back(OwnErrors::take().size());
-        reportError(ERR_CREATE_DIRECTORY, "first");
-        reportError(ERR_DELETE_FILE, "second");
-        reports = OwnErrors::take();
-        counts.push_back(OwnErrors::take().size());
-        reportError(ERR_DELETE_FILE, "not taken");
+        const AttemptErrors errors;
+        any.push_back(errors.any());
+        any.push_back(reportError(ERR_CREATE_DIRECTORY, "first") == 10102);
+        any.push_back(errors.any());
     }).join();
-    EXPECT_EQ(counts, (std::vector<std::size_t>{0, 0}));
-    ASSERT_EQ(reports.size(), 2U);
-    EXPECT_EQ(reports[0].code, 10102);
-    EXPECT_EQ(reports[0].message,
-              "Failed to create directory \"first\". Check write permissions on the parent directory.");
-    EXPECT_EQ(reports[1].code, 10107);
-    EXPECT_EQ(reports[1].message, "Failed to delete file \"second\".");
+    observeErrors(nullptr);
+    EXPECT_EQ(any, (std::vector<bool>{false, true, true}));
+    EXPECT_EQ(observed, 0);
     EXPECT_EQ(countReportedErrors(), before);
     expectStored(10104, "File \"before\" does not exist.");
 }
 
-TEST(OwnErrors, EndWithTheObject) {
+TEST(AttemptErrors, AreThoseOfTheirThreadOnly) {
+    const AttemptErrors errors;
+    std::thread([] { reportError(ERR_FILE_NOT_FOUND, "of another thread"); }).join();
+    EXPECT_FALSE(errors.any());
+    expectStored(10104, "File \"of another thread\" does not exist.");
+}
+
+TEST(AttemptErrors, EndWithTheObject) {
     {
-        const OwnErrors errors;
-        reportError(ERR_FILE_NOT_FOUND, "own");
+        const AttemptErrors errors;
+        reportError(ERR_FILE_NOT_FOUND, "an attempt");
     }
-    reportError(ERR_FILE_NOT_FOUND, "everybody's");
-    expectStored(10104, "File \"everybody's\" does not exist.");
+    reportError(ERR_FILE_NOT_FOUND, "in earnest");
+    expectStored(10104, "File \"in earnest\" does not exist.");
 }
 
 }  // namespace

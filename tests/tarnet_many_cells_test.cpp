@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "converter/errors.h"
+#include "support/SmallDisk.h"
 #include "support/TarnetLibrary.h"
 #include "support/cliProject.h"
 #include "support/fileLimit.h"
@@ -30,7 +32,7 @@ std::string cellName(int number) {
 // A library of cells with a few files each, in the place of "amp".
 class ManyCells : private FoldersInMemory, public TarnetLibrary {
 public:
-    ManyCells() {
+    explicit ManyCells(const std::string& place = "/dev/shm") : FoldersInMemory(place) {
         fs::remove_all(cell);
         for (int number = 0; number < kCells; ++number) {
             addCell(cellName(number));
@@ -141,6 +143,96 @@ TEST(TarnetManyCells, AFullDiskAtAMarkEndsTheRunAndLaterOnesAreAsTheyWere) {
         Tree expected = ManyCells::convertedUpTo(before, failing);
         expected[longName + "/tvx_sim_1/"] = "";
         EXPECT_EQ(difference(expected, library.tree()), "") << failing;
+    }
+}
+
+// On a disk that becomes full, the cells before the one that has no room are converted, and the others have
+// taken none of it.
+TEST(TarnetManyCells, AFullDiskMeetsTheCellThatItWouldMeetWithOneThread) {
+    constexpr int kEntriesOfAView = 8;  // in the order in which they are made
+    const char* const kMade[kEntriesOfAView] = {"",
+                                                "a.lib",
+                                                "NET",
+                                                "profiles/",
+                                                "profiles/tran/",
+                                                "profiles/tran/tran.dat",
+                                                "profiles/tran/tran.cir",
+                                                "master.tag"};
+    for (const int failing : {5, 6, 14}) {
+        for (int room = 0; room < kEntriesOfAView; ++room) {
+            const SmallDisk disk;
+            if (!disk.isThere()) GTEST_SKIP() << "no disk can be mounted here";
+            const ManyCells reference;
+            const Tree converted = ManyCells::convertedUpTo(reference.tree(), failing + 1);
+            ManyCells library(disk.path());
+            Tree expected = ManyCells::convertedUpTo(library.tree(), failing);
+            const std::string name = cellName(failing);
+            for (int made = 0; made < room; ++made) {
+                std::string file = kMade[made];
+                if (file == "NET") file = name + ".net";
+                expected[name + "/tvx_sim_1/" + file] = converted.at(name + "/tvx_sim_1/" + file);
+            }
+            if (!disk.leaveRoomFor(static_cast<unsigned long>(kEntriesOfAView * failing + room))) {
+                GTEST_SKIP() << "the room of a disk cannot be set here";
+            }
+            const std::string view = library.viewOf(failing);
+            EXPECT_EQ(library.convert(), room == 0 ? 10102 : 10106) << failing << " " << room;
+            EXPECT_EQ(lastError(),
+                      room == 0 ? createDirectoryError(view) : openForWritingError(view + "/master.tag"))
+                << failing << " " << room;
+            EXPECT_EQ(difference(expected, library.tree()), "") << failing << " " << room;
+        }
+    }
+}
+
+// A list entry whose file cannot be copied is left out and no error told of it: room that later cells have
+// taken must not be the reason.
+TEST(TarnetManyCells, AFullDiskAtAFileThatAProfileNamesMeetsTheSameCellAsWithOneThread) {
+    constexpr int kFailing = 6;
+    constexpr int kEntriesOfAView = 8;
+    const SmallDisk disk;
+    if (!disk.isThere()) GTEST_SKIP() << "no disk can be mounted here";
+    ManyCells library(disk.path());
+    Tree expected = ManyCells::convertedUpTo(library.tree(), kFailing);
+    // The only files of this cell: there is room for its folders, the profile file and the mark.
+    const std::string name = cellName(kFailing);
+    for (const char* file : {"a.lib", "b.net", "tran.dat", "tran.sim.cir"}) {
+        fs::remove(library.path(name) + "/cfg_analog/" + file);
+        expected.erase(name + "/cfg_analog/" + file);
+    }
+    for (const char* file : {"tran.sim", "m.mod"}) {
+        library.writeOldOf(kFailing, file, "+0 \"m.mod\" \nRunToTime= \"1m\" \n");
+        expected[name + "/cfg_analog/" + file] = library.read(name + "/cfg_analog/" + file);
+    }
+    for (const char* folder : {"", "profiles/", "profiles/tran/"})
+        expected[name + "/tvx_sim_1/" + folder] = "";
+    expected[name + "/tvx_sim_1/profiles/tran.sim"] = "RunToTime= \"1m\" \n";
+    if (!disk.leaveRoomFor(kEntriesOfAView * kFailing + 4)) {
+        GTEST_SKIP() << "the room of a disk cannot be set here";
+    }
+    EXPECT_EQ(library.convert(), 10106);
+    EXPECT_EQ(lastError(), openForWritingError(library.viewOf(kFailing) + "/master.tag"));
+    EXPECT_EQ(difference(expected, library.tree()), "");
+}
+
+TEST(TarnetManyCells, WhenAnErrorIsToldNoLaterCellHasANewView) {
+    for (int failing = 0; failing < 12; ++failing) {
+        ManyCells library;
+        fs::remove(library.path(cellName(failing)) + "/cfg_analog/b.net");
+        library.makeFolder(cellName(failing) + "/cfg_analog/b.net");
+        int told = 0;
+        tvxconv::observeErrors([&](int code, const std::string&) {
+            ++told;
+            EXPECT_EQ(code, 10105) << failing;
+            for (int number = 0; number < kCells; ++number) {
+                EXPECT_EQ(fs::exists(library.viewOf(number)), number <= failing) << failing << " " << number;
+                EXPECT_EQ(fs::exists(library.viewOf(number) + "/master.tag"), number < failing)
+                    << failing << " " << number;
+            }
+        });
+        EXPECT_EQ(library.convert(), 0);
+        tvxconv::observeErrors(nullptr);
+        EXPECT_EQ(told, 1) << failing;
     }
 }
 
@@ -273,6 +365,33 @@ TEST(TarnetManyCells, ACellWithABackslashInItsNameEndsTheRun) {
     EXPECT_EQ(library.convert(), 10102);
     EXPECT_EQ(lastError(), createDirectoryError(library.path("cell05/x/tvx_sim_1")));
     EXPECT_EQ(difference(ManyCells::convertedUpTo(before, 6), library.tree()), "");
+}
+
+TEST(TarnetManyCells, ACellWithABackslashInItsNameMeansTheFolderBelow) {
+    ManyCells library;
+    library.addCell("cell05\\x");
+    if (library.exists("cell05/x")) GTEST_SKIP() << "a backslash is in no name here";
+    library.write("cell05\\x/cfg_analog/a.lib", "models");
+    library.makeFolder("cell05/x");
+    Tree expected = ManyCells::convertedUpTo(library.tree(), kCells);
+    // There is no old view there that could be listed.
+    expected["cell05/x/tvx_sim_1/"] = "";
+    EXPECT_EQ(library.convert(), 0);
+    EXPECT_EQ(lastError(), LastError());
+    EXPECT_EQ(difference(expected, library.tree()), "");
+}
+
+// It leads nowhere when the turn of its cell comes, whatever later cells have got already.
+TEST(TarnetManyCells, ANewViewThatIsALinkToALaterOneCannotBeMade) {
+    for (int linking = 0; linking < 9; ++linking) {
+        ManyCells library;
+        tests::makeLink("../" + cellName(linking + 1) + "/tvx_sim_1", library.viewOf(linking));
+        EXPECT_EQ(library.convert(), 10102) << linking;
+        EXPECT_EQ(lastError(), createDirectoryError(library.viewOf(linking))) << linking;
+        for (int number = 0; number < kCells; ++number) {
+            EXPECT_EQ(fs::exists(library.viewOf(number)), number < linking) << linking << " " << number;
+        }
+    }
 }
 
 // Two names of one folder: the first converts it, and the second finds it converted.

@@ -36,8 +36,8 @@ LastError& lastError() {
     return error;
 }
 
-// Set in a thread that has errors of its own.
-thread_local std::vector<OwnErrors::Report>* ownErrors = nullptr;
+// Set in a thread whose errors are only counted.
+thread_local std::uint64_t* attemptErrors = nullptr;
 
 ErrorObserver& errorObserver() {
     static ErrorObserver observer;
@@ -89,6 +89,10 @@ int reportError(int code, const std::string& path) {
 }
 
 int reportError(int code, const std::string& source, const std::string& destination) {
+    if (attemptErrors != nullptr) {
+        ++*attemptErrors;
+        return code;
+    }
     std::string message;
     int group = 0;
     getErrorMessage(message, group, code);
@@ -100,35 +104,23 @@ int reportError(int code, const std::string& source, const std::string& destinat
         message.replace(first, 2, source.c_str());
     }
     if (message.size() > kMostMessageBytes) message.resize(kMostMessageBytes);
-    recordError(code, message);
-    return code;
-}
-
-void recordError(int code, const std::string& message) {
-    if (ownErrors != nullptr) {
-        ownErrors->push_back({code, message});
-        return;
-    }
     setLastErrorCode(code);
     setLastErrorMessage(message);
     ++lastError().reports;
     if (errorObserver()) errorObserver()(code, message);
+    return code;
 }
 
 void observeErrors(ErrorObserver observer) {
     errorObserver() = std::move(observer);
 }
 
-OwnErrors::OwnErrors() {
-    ownErrors = new std::vector<Report>();
+AttemptErrors::AttemptErrors() {
+    attemptErrors = &count_;
 }
 
-OwnErrors::~OwnErrors() {
-    delete std::exchange(ownErrors, nullptr);
-}
-
-std::vector<OwnErrors::Report> OwnErrors::take() {
-    return std::exchange(*ownErrors, {});
+AttemptErrors::~AttemptErrors() {
+    attemptErrors = nullptr;
 }
 
 std::uint64_t countReportedErrors() {

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace tvxconv {
 
@@ -49,29 +48,24 @@ int getLastErrorMessage(std::string& text);
 int reportError(int code, const std::string& path);
 int reportError(int code, const std::string& source, const std::string& destination);
 
-// Records what has been reported elsewhere, as reportError does.
-void recordError(int code, const std::string& message);
-
 // Has `observer` called with each error that becomes the process's last, at once and in the thread that does
 // the conversion; empty: nobody.
 using ErrorObserver = std::function<void(int code, const std::string& message)>;
 void observeErrors(ErrorObserver observer);
 
-// What one thread reports while it works beside another. From construction to destruction, which are in that
-// thread, its errors are kept here, and the process's last error stays as it is.
-class OwnErrors {
+// Work that may be for nothing. From construction to destruction, both in one thread, what this thread
+// reports is only counted, and the process's last error stays as it is. A thread has one of them at a time.
+class AttemptErrors {
 public:
-    OwnErrors();
-    ~OwnErrors();
-    OwnErrors(const OwnErrors&) = delete;
-    OwnErrors& operator=(const OwnErrors&) = delete;
+    AttemptErrors();
+    ~AttemptErrors();
+    AttemptErrors(const AttemptErrors&) = delete;
+    AttemptErrors& operator=(const AttemptErrors&) = delete;
 
-    // The errors since the call before, in their order.
-    struct Report {
-        int code = 0;
-        std::string message;
-    };
-    static std::vector<Report> take();
+    bool any() const { return count_ != 0; }
+
+private:
+    std::uint64_t count_ = 0;
 };
 
 // How often reportError has been called in this process: whether an error is still the last.

@@ -1,11 +1,11 @@
 #include "fsutil/CopyQueue.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
+#include "platform/platform.h"
 
 namespace tvxconv::fsutil {
 
@@ -95,11 +95,8 @@ void CopyQueue::copyFirst(std::unique_lock<std::mutex>& lock) {
 
 void CopyQueue::startHelper() {
     if (!std::exchange(helperIsWanted_, false) || std::thread::hardware_concurrency() < 2) return;
-    try {
-        helper_ = std::thread([this] { help(); });
-    } catch (const std::system_error&) {
-        // There is no thread to be had: the owner copies everything.
-    }
+    // Without it the owner copies everything.
+    platform::startThread(helper_, [this] { help(); });
 }
 
 void CopyQueue::help() {

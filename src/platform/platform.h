@@ -19,7 +19,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace tvxconv::platform {
@@ -144,6 +146,13 @@ int replaceFile(const char* from, const char* to);
 // Makes `to` a second name of the file `from`. Fails where `to` exists and where the file system
 // has no such names.
 int linkFile(const char* from, const char* to);
+
+// --- threads ---
+
+// Starts a thread that does `work`, which throws nothing. The signals that somebody sends to the process are
+// left to its other threads: a handler does not run in one that it knows nothing of. False when there is no
+// thread to be had; `thread` is as it was then.
+bool startThread(std::thread& thread, std::function<void()> work);
 
 // --- stopping ---
 

@@ -15,7 +15,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/platform.h"
@@ -405,6 +407,26 @@ int linkFile(const char* from, const char* to) {
         errorOf(onExisting(from, [&](const char* actualFrom) { return link(actualFrom, actual.c_str()); }));
     if (error == 0) noteMade(actual);
     return error;
+}
+
+bool startThread(std::thread& thread, std::function<void()> work) {
+    // A thread begins with the mask of the one that starts it. Faults of its own still end the process as
+    // usual.
+    sigset_t blocked;
+    sigset_t before;
+    sigfillset(&blocked);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT}) sigdelset(&blocked, fault);
+    pthread_sigmask(SIG_SETMASK, &blocked, &before);
+    bool isStarted = true;
+    try {
+        thread = std::thread(std::move(work));
+    } catch (const std::system_error&) {
+        isStarted = false;
+    } catch (const std::bad_alloc&) {
+        isStarted = false;
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return isStarted;
 }
 
 void stopFiles() {

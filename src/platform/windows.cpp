@@ -20,7 +20,9 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <new>
 #include <string_view>
+#include <system_error>
 
 namespace tvxconv::platform {
 namespace {
@@ -436,6 +438,18 @@ int replaceFile(const char* from, const char* to) {
 int linkFile(const char* from, const char* to) {
     if (isStopped()) return ECANCELED;
     return errorOfCall(CreateHardLinkA(to, from, nullptr));
+}
+
+bool startThread(std::thread& thread, std::function<void()> work) {
+    // What a console sends comes in a thread of the system's own.
+    try {
+        thread = std::thread(std::move(work));
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 void stopFiles() {

@@ -1,14 +1,13 @@
 #include "tarnet/CellsAhead.h"
 
 #include <algorithm>
-#include <new>
-#include <system_error>
 #include <utility>
 
 #include "converter/errors.h"
 #include "converter/folderNames.h"
 #include "fsutil/files.h"
 #include "fsutil/paths.h"
+#include "platform/platform.h"
 #include "tarnet/views.h"
 
 namespace tvxconv {
@@ -34,7 +33,7 @@ CellsAhead::CellsAhead(TarnetProjectConverter& owner) : owner_(owner) {}
 CellsAhead::~CellsAhead() {
     try {
         takeBack();
-    } catch (...) {  // no memory to remove them: they stay, without a mark or with one
+    } catch (...) {  // no memory to remove them: they stay, without a mark
     }
     {
         const std::lock_guard lock(mutex_);
@@ -50,10 +49,18 @@ bool CellsAhead::isPossible() {
     return std::thread::hardware_concurrency() > 1;
 }
 
+bool CellsAhead::mayBegin() const {
+    return !isGivenUp_ && !lastAwaitsItsTurn_ && underWay_ < kMostAhead && cells_.size() < kMostLookedAt;
+}
+
 void CellsAhead::begin(const std::string& cellFolder) {
     Cell& cell = cells_.emplace_back();
     cell.folder = cellFolder;
-    if (!isToBeConverted(cellFolder) || !haveHelpers() || !makeNewView(cell)) return;
+    if (!isToBeConverted(cellFolder)) return;
+    if (!haveHelpers() || !makeNewView(cell)) {
+        lastAwaitsItsTurn_ = true;
+        return;
+    }
     ++underWay_;
     {
         const std::lock_guard lock(mutex_);
@@ -63,42 +70,38 @@ void CellsAhead::begin(const std::string& cellFolder) {
     changed_.notify_all();
 }
 
-std::optional<int> CellsAhead::accept() {
-    await(cells_.front());
-    if (cells_.front().isOutOfTurn) {
-        isGivenUp_ = true;
+bool CellsAhead::accept() {
+    const Cell& cell = cells_.front();
+    await(cell);
+    const bool isBegun = !cell.newView.empty();
+    const bool isConverted = isBegun && cell.isFilled && markNewView(cell);
+    if (isConverted) {
+        --underWay_;
+    } else if (isBegun) {
         takeBack();
     }
-    const Cell cell = std::move(cells_.front());
     cells_.pop_front();
-    if (takenBack_ != 0) --takenBack_;
-    if (cell.newView.empty()) return std::nullopt;
-    --underWay_;
-    if (cell.thrown) std::rethrow_exception(cell.thrown);
-    for (const OwnErrors::Report& error : cell.errors) recordError(error.code, error.message);
-    return cell.status;
+    if (cells_.empty()) lastAwaitsItsTurn_ = false;
+    return isConverted;
 }
 
-bool CellsAhead::takeBack() {
-    if (underWay_ == 0) return false;
+void CellsAhead::takeBack() {
+    if (underWay_ == 0) return;
     {
         const std::lock_guard lock(mutex_);
         for (Cell* cell : waiting_) cell->isDone = true;
         waiting_.clear();
     }
     for (const Cell& cell : cells_) await(cell);
-    // Also where the run has been interrupted: nobody would tell of what failed in these cells.
+    // Also where the run has been interrupted. A view that is left all the same has no mark.
     const fsutil::AfterStop cleaning;
     for (Cell& cell : cells_) {
         if (cell.newView.empty()) continue;
-        // The mark first: what may be left of the view does not count as converted then.
-        fsutil::deleteFile(cell.newView + "/" + kViewMarker);
         removeTree(cell.newView);
         cell.newView.clear();
     }
     underWay_ = 0;
-    takenBack_ = cells_.size();
-    return true;
+    isGivenUp_ = true;
 }
 
 void CellsAhead::await(const Cell& cell) {
@@ -108,7 +111,6 @@ void CellsAhead::await(const Cell& cell) {
 
 // Starts the threads if there are none yet. False when there can be none.
 bool CellsAhead::haveHelpers() {
-    if (isGivenUp_) return false;
     if (!std::exchange(mayStartHelpers_, false)) return !helpers_.empty();
     const std::size_t count = std::min<std::size_t>(std::thread::hardware_concurrency(), kMostHelpers);
     while (helpers_.size() < count) {
@@ -117,9 +119,7 @@ bool CellsAhead::haveHelpers() {
         helper.converter.copyExtensions() = owner_.copyExtensions();
         helper.converter.cellExtensions() = owner_.cellExtensions();
         helper.converter.profileExtensions() = owner_.profileExtensions();
-        try {
-            helper.thread = std::thread([this, &helper] { help(helper.converter); });
-        } catch (const std::system_error&) {
+        if (!platform::startThread(helper.thread, [this, &helper] { help(helper.converter); })) {
             helpers_.pop_back();
             break;
         }
@@ -130,19 +130,28 @@ bool CellsAhead::haveHelpers() {
 // Makes the folder of a cell's new view and lists the old one. The owner's thread does it, so that of two
 // names for one cell the first has it.
 bool CellsAhead::makeNewView(Cell& cell) {
-    const int listed = forEachName(oldViewOf(cell.folder), [&](const std::string& name) {
+    // Named as the converter names them: a backslash separates, too.
+    std::string oldView;
+    std::string newView;
+    fsutil::toForwardSlashes(oldViewOf(cell.folder), oldView);
+    fsutil::toForwardSlashes(newViewOf(cell.folder), newView);
+    const int listed = forEachName(oldView, [&](const std::string& name) {
         cell.fileNames.push_back(name);
         return true;
     });
-    // As the converter names it: a backslash separates, too.
-    std::string newView;
-    fsutil::toForwardSlashes(newViewOf(cell.folder), newView);
     if (listed != 0 || fsutil::makeDirectory(newView.c_str(), kFolderMode) != 0) return false;
     cell.newView = std::move(newView);
     return true;
 }
 
+// By the owner and in the cell's turn: what a run leaves that ends before does not count as converted.
+bool CellsAhead::markNewView(const Cell& cell) {
+    const AttemptErrors errors;
+    return owner_.enterCell(oldViewOf(cell.folder)) == 0 && owner_.markNewView() == 0;
+}
+
 void CellsAhead::help(TarnetProjectConverter& converter) {
+    const fsutil::OwnFolders folders;
     std::unique_lock lock(mutex_);
     for (;;) {
         changed_.wait(lock, [this] { return isEnding_ || !waiting_.empty(); });
@@ -150,25 +159,23 @@ void CellsAhead::help(TarnetProjectConverter& converter) {
         Cell& cell = *waiting_.front();
         waiting_.pop_front();
         lock.unlock();
-        convert(converter, cell);
+        const bool isFilled = folders.isReady() && fillNewView(converter, cell);
         lock.lock();
+        cell.isFilled = isFilled;
         cell.isDone = true;
         changed_.notify_all();
     }
 }
 
-void CellsAhead::convert(TarnetProjectConverter& converter, Cell& cell) {
-    const fsutil::OwnFolders folders;
+// Whether everything went well.
+bool CellsAhead::fillNewView(TarnetProjectConverter& converter, const Cell& cell) {
     try {
-        const OwnErrors errors;
-        if (!folders.isReady()) throw std::bad_alloc();
-        converter.enterCell(oldViewOf(cell.folder));
-        cell.status = converter.fillNewView(cell.fileNames);
-        cell.errors = OwnErrors::take();
-    } catch (const TarnetProjectConverter::OutOfTurn&) {
-        cell.isOutOfTurn = true;
-    } catch (...) {
-        cell.thrown = std::current_exception();
+        const AttemptErrors errors;
+        if (converter.enterCell(oldViewOf(cell.folder)) != 0) return false;
+        converter.fillNewView(cell.fileNames);
+        return !errors.any();
+    } catch (...) {  // it needs its turn, or memory ran out
+        return false;
     }
 }
 

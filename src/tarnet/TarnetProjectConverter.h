@@ -76,8 +76,10 @@ public:
     // files; its error stays recorded, and the view is marked all the same. The status is that of making the
     // new view's folder or of its marker. An old view that cannot be listed is 0, with no marker.
     int relocateCellFiles();
-    // Its last step: moves the files of these names in their order, and marks the view.
-    int fillNewView(const std::vector<std::string>& fileNames);
+    // Its last two steps: moves the files of these names in their order, as far as none fails, and writes
+    // the marker, with its status.
+    void fillNewView(const std::vector<std::string>& fileNames);
+    int markNewView();
     // Copies a file of `sourceDirectory` into the new view under its own name.
     int copyUnchanged(const std::string& sourceDirectory, const std::string& fileName);
     // The same under the cell's name, rewriting netlist and optimizer file. A profile file ("sim") goes below
@@ -90,7 +92,7 @@ public:
     // Writes the file that marks the new view. It names the cell's netlist.
     int writeViewMasterTag(const std::string& path);
 
-    // Whether a file is there that another one names, wherever it lies. See setOutOfTurn.
+    // Whether a file is there that another one names, wherever it lies.
     bool isPresentReference(const std::string& file) const;
 
     // --- profileFile.cpp, netlists.cpp, optimizerFile.cpp ---
@@ -112,12 +114,16 @@ public:
     int rewriteOptimizerFile(const std::string& sourcePath, const std::string& destinationPath,
                              const std::string& destinationDirectory);
 
-    // A converter of cells whose turn has not come cannot tell what new views will hold by then. With this
-    // set, isPresentReference throws OutOfTurn when it is asked for a file in one of them.
+    // A converter of cells whose turn has not come cannot tell what new views will hold by then, and whether
+    // there will be room. With this set, fillNewView throws OutOfTurn where that matters: a reference leads
+    // into a new view, or a file that a profile names cannot be copied.
     struct OutOfTurn {};
     void setOutOfTurn(bool isOutOfTurn) { isOutOfTurn_ = isOutOfTurn; }
 
 private:
+    void awaitTurn() const {
+        if (isOutOfTurn_) throw OutOfTurn();
+    }
     // How a file of the old view comes into the new one.
     enum class Road { none, unchanged, cell, profile };
     // The folders of the new view that are known to be there: each is asked about once in a walk.

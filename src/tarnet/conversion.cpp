@@ -1,7 +1,5 @@
 // The driver: which cells of the library are converted, in which order, and where a conversion stops.
 
-#include <optional>
-
 #include "converter/errors.h"
 #include "converter/folderNames.h"
 #include "fsutil/paths.h"
@@ -15,7 +13,7 @@ namespace {
 // The mode of every Tarnet conversion: the one that the listing asks for.
 constexpr int kLibraryMode = 1;
 
-// Cells that are converted by one thread before a second one is worth its start.
+// Cells that have their turn before threads are worth their start.
 constexpr std::size_t kCellsAlone = 4;
 
 // The cells of a library one after the other, but for those that are converted.
@@ -64,9 +62,8 @@ int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) 
     CellsAhead ahead(*this);
     // Other threads do not know what a host has entered into the table of moves.
     const bool mayLookAhead = CellsAhead::isPossible() && !hasRelocations();
-    std::size_t converted = 0;
-    for (;;) {
-        while (mayLookAhead && converted >= kCellsAlone && !ahead.isFull()) {
+    for (std::size_t turns = 0;; ++turns) {
+        while (mayLookAhead && turns >= kCellsAlone && ahead.mayBegin()) {
             const std::string following = walk.next();
             if (following.empty()) break;
             ahead.begin(following);
@@ -74,16 +71,10 @@ int TarnetProjectConverter::convertCells(const std::vector<std::string>& names) 
         const bool isBegun = ahead.first() != nullptr;
         const std::string cell = isBegun ? *ahead.first() : walk.next();
         if (cell.empty()) return 0;
-        const std::optional<int> accepted = isBegun ? ahead.accept() : std::nullopt;
-        if (!accepted) {
-            if (!isToBeConverted(cell)) continue;
-            // It must not see, by a link or by name, what later cells have got already.
-            if (ahead.takeBack() && !isToBeConverted(cell)) continue;
-        }
-        if (const int entered = enterCell(oldViewOf(cell)); entered != 0) return entered;
-        const int status = accepted ? *accepted : relocateCellFiles();
-        if (status != 0) return status;
-        ++converted;
+        if ((isBegun && ahead.accept()) || !isToBeConverted(cell)) continue;
+        // It must not see, by a link or by name, what later cells have got already.
+        ahead.takeBack();
+        if (const int status = convertCell(oldViewOf(cell)); status != 0) return status;
     }
 }
 

@@ -37,7 +37,11 @@ int TarnetProjectConverter::rewriteSimProfile(const std::string& sourceDirectory
     // A line whose file cannot be copied is left out.
     rules.moveEntry = [&](const ListEntry& entry, std::string_view line, fsutil::LineWriter& writer) {
         const std::string copy = profilesDirectory + "/" + profileName + "/" + entry.name;
-        if (fsutil::copyFile(entry.file, copy) == 0) writer.writeInPlaceOf(line, listEntryLine(entry));
+        if (fsutil::copyFile(entry.file, copy) == 0) {
+            writer.writeInPlaceOf(line, listEntryLine(entry));
+        } else {
+            awaitTurn();  // nothing else would tell that it failed
+        }
     };
     return rewriteProfileFile(oldPath, profilesDirectory + "/" + fileName, rules);
 }

@@ -25,18 +25,23 @@ int TarnetProjectConverter::relocateCellFiles() {
         names.push_back(name);
         return true;
     });
-    return listed == 0 ? fillNewView(names) : 0;
+    if (listed != 0) return 0;
+    fillNewView(names);
+    return markNewView();
 }
 
-int TarnetProjectConverter::fillNewView(const std::vector<std::string>& fileNames) {
-    std::string newView;
+void TarnetProjectConverter::fillNewView(const std::vector<std::string>& fileNames) {
     std::string oldView;
-    getDestinationDir(newView);
     getProjectDir(oldView);
     ReadyFolders ready;
     for (const std::string& fileName : fileNames) {
         if (relocate(oldView, fileName, ready) != 0) break;
     }
+}
+
+int TarnetProjectConverter::markNewView() {
+    std::string newView;
+    getDestinationDir(newView);
     return writeViewMasterTag(newView + "/" + kViewMarker);
 }
 
@@ -125,7 +130,7 @@ int TarnetProjectConverter::ensureProfileFolder(const std::string& profile, Read
 }
 
 bool TarnetProjectConverter::isPresentReference(const std::string& file) const {
-    if (isOutOfTurn_ && liesInNewView(file)) throw OutOfTurn();
+    if (liesInNewView(file)) awaitTurn();
     return fsutil::isPresentFile(file);
 }
 

@@ -11,12 +11,13 @@
 
 namespace tests {
 
-// For as long as it is there, a TestFolder is made in memory, where the system has a place for that.
+// For as long as it is there, a TestFolder is made in memory, where the system has a place for that; or in
+// another place, which may be written to.
 class FoldersInMemory {
 public:
-    FoldersInMemory() {
+    explicit FoldersInMemory(const std::string& place = "/dev/shm") {
         if (const char* before = std::getenv("TMPDIR")) before_ = before;
-        if (access("/dev/shm", W_OK | X_OK) == 0) setenv("TMPDIR", "/dev/shm", 1);
+        if (access(place.c_str(), W_OK | X_OK) == 0) setenv("TMPDIR", place.c_str(), 1);
     }
     ~FoldersInMemory() {
         if (before_.empty()) {
