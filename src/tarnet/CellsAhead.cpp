@@ -93,10 +93,10 @@ void CellsAhead::takeBack() {
         waiting_.clear();
     }
     for (const Cell& cell : cells_) await(cell);
-    // Also where the run has been interrupted. A view that is left all the same has no mark.
-    const fsutil::AfterStop cleaning;
     for (Cell& cell : cells_) {
         if (cell.newView.empty()) continue;
+        // Also where the run has been interrupted, or is just now. What is left all the same has no mark.
+        const fsutil::AfterStop cleaning;
         removeTree(cell.newView);
         cell.newView.clear();
     }
