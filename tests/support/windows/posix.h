@@ -70,6 +70,21 @@ constexpr int WNOHANG = 1;
 [[noreturn]] inline int lchown(const char*, unsigned, unsigned) {
     tests::skipTest("needs owners of files");
 }
+constexpr unsigned long MS_REMOUNT = 1;
+constexpr int MNT_DETACH = 1;
+[[noreturn]] inline int mount(const char*, const char*, const char*, unsigned long, const void*) {
+    tests::skipTest("needs a disk of its own");
+}
+[[noreturn]] inline int umount2(const char*, int) {
+    tests::skipTest("needs a disk of its own");
+}
+struct statvfs {
+    unsigned long f_files;
+    unsigned long f_ffree;
+};
+[[noreturn]] inline int statvfs(const char*, struct statvfs*) {
+    tests::skipTest("needs the room on a disk");
+}
 [[noreturn]] inline int setrlimit(int, const rlimit*) {
     tests::skipTest("needs limits of a process");
 }

@@ -1,0 +1,2 @@
+// All of it is in posix.h.
+#pragma once
