@@ -24,6 +24,8 @@ using tvxconv::TarnetProjectConverter;
 namespace fs = std::filesystem;
 
 constexpr int kCells = 24;
+// Files and folders of a new view, itself among them.
+constexpr int kEntriesOfAView = 8;
 
 std::string cellName(int number) {
     return number < 10 ? "cell0" + std::to_string(number) : "cell" + std::to_string(number);
@@ -149,28 +151,26 @@ TEST(TarnetManyCells, AFullDiskAtAMarkEndsTheRunAndLaterOnesAreAsTheyWere) {
 // On a disk that becomes full, the cells before the one that has no room are converted, and the others have
 // taken none of it.
 TEST(TarnetManyCells, AFullDiskMeetsTheCellThatItWouldMeetWithOneThread) {
-    constexpr int kEntriesOfAView = 8;  // in the order in which they are made
-    const char* const kMade[kEntriesOfAView] = {"",
-                                                "a.lib",
-                                                "NET",
-                                                "profiles/",
-                                                "profiles/tran/",
-                                                "profiles/tran/tran.dat",
-                                                "profiles/tran/tran.cir",
-                                                "master.tag"};
     for (const int failing : {5, 6, 14}) {
+        const std::string name = cellName(failing);
+        const Tree converted = ManyCells::convertedUpTo(Tree(), failing + 1);
+        // In the order in which they are made.
+        const std::string made[kEntriesOfAView] = {"",
+                                                   "a.lib",
+                                                   name + ".net",
+                                                   "profiles/",
+                                                   "profiles/tran/",
+                                                   "profiles/tran/tran.dat",
+                                                   "profiles/tran/tran.cir",
+                                                   "master.tag"};
         for (int room = 0; room < kEntriesOfAView; ++room) {
             const SmallDisk disk;
             if (!disk.isThere()) GTEST_SKIP() << "no disk can be mounted here";
-            const ManyCells reference;
-            const Tree converted = ManyCells::convertedUpTo(reference.tree(), failing + 1);
             ManyCells library(disk.path());
             Tree expected = ManyCells::convertedUpTo(library.tree(), failing);
-            const std::string name = cellName(failing);
-            for (int made = 0; made < room; ++made) {
-                std::string file = kMade[made];
-                if (file == "NET") file = name + ".net";
-                expected[name + "/tvx_sim_1/" + file] = converted.at(name + "/tvx_sim_1/" + file);
+            for (int entry = 0; entry < room; ++entry) {
+                const std::string path = name + "/tvx_sim_1/" + made[entry];
+                expected[path] = converted.at(path);
             }
             if (!disk.leaveRoomFor(static_cast<unsigned long>(kEntriesOfAView * failing + room))) {
                 GTEST_SKIP() << "the room of a disk cannot be set here";
@@ -189,7 +189,6 @@ TEST(TarnetManyCells, AFullDiskMeetsTheCellThatItWouldMeetWithOneThread) {
 // taken must not be the reason.
 TEST(TarnetManyCells, AFullDiskAtAFileThatAProfileNamesMeetsTheSameCellAsWithOneThread) {
     constexpr int kFailing = 6;
-    constexpr int kEntriesOfAView = 8;
     const SmallDisk disk;
     if (!disk.isThere()) GTEST_SKIP() << "no disk can be mounted here";
     ManyCells library(disk.path());
