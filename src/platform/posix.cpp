@@ -14,10 +14,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <memory>
-#include <new>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "platform/platform.h"
@@ -420,9 +419,7 @@ bool startThread(std::thread& thread, std::function<void()> work) {
     bool isStarted = true;
     try {
         thread = std::thread(std::move(work));
-    } catch (const std::system_error&) {
-        isStarted = false;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // no thread, or no memory for one
         isStarted = false;
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);

@@ -20,9 +20,8 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <new>
+#include <exception>
 #include <string_view>
-#include <system_error>
 
 namespace tvxconv::platform {
 namespace {
@@ -445,9 +444,7 @@ bool startThread(std::thread& thread, std::function<void()> work) {
     try {
         thread = std::thread(std::move(work));
         return true;
-    } catch (const std::system_error&) {
-        return false;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // no thread, or no memory for one
         return false;
     }
 }
