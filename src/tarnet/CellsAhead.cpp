@@ -50,17 +50,16 @@ bool CellsAhead::isPossible() {
 }
 
 bool CellsAhead::mayBegin() const {
-    return !isGivenUp_ && !lastAwaitsItsTurn_ && underWay_ < kMostAhead && cells_.size() < kMostLookedAt;
+    if (isGivenUp_ || underWay_ >= kMostAhead || cells_.size() >= kMostLookedAt) return false;
+    return cells_.empty() || !cells_.back().awaitsItsTurn;
 }
 
 void CellsAhead::begin(const std::string& cellFolder) {
     Cell& cell = cells_.emplace_back();
     cell.folder = cellFolder;
-    if (!isToBeConverted(cellFolder)) return;
-    if (!haveHelpers() || !makeNewView(cell)) {
-        lastAwaitsItsTurn_ = true;
-        return;
-    }
+    if (!isView(oldViewOf(cellFolder))) return;
+    cell.awaitsItsTurn = !haveHelpers() || !makeNewView(cell);
+    if (cell.awaitsItsTurn) return;
     ++underWay_;
     {
         const std::lock_guard lock(mutex_);
@@ -81,7 +80,6 @@ bool CellsAhead::accept() {
         takeBack();
     }
     cells_.pop_front();
-    if (cells_.empty()) lastAwaitsItsTurn_ = false;
     return isConverted;
 }
 
@@ -135,11 +133,8 @@ bool CellsAhead::makeNewView(Cell& cell) {
     std::string newView;
     fsutil::toForwardSlashes(oldViewOf(cell.folder), oldView);
     fsutil::toForwardSlashes(newViewOf(cell.folder), newView);
-    const int listed = forEachName(oldView, [&](const std::string& name) {
-        cell.fileNames.push_back(name);
-        return true;
-    });
-    if (listed != 0 || fsutil::makeDirectory(newView.c_str(), kFolderMode) != 0) return false;
+    if (namesIn(oldView, cell.fileNames) != 0) return false;
+    if (fsutil::makeDirectory(newView.c_str(), kFolderMode) != 0) return false;
     cell.newView = std::move(newView);
     return true;
 }

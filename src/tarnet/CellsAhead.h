@@ -38,8 +38,9 @@ public:
     // Whether a cell may be begun now.
     bool mayBegin() const;
 
-    // Begins with the cell of this folder, unless it is not to be converted. None may be begun after one that
-    // has to wait for its turn: its new view is there or cannot be made, or its old one cannot be listed.
+    // Begins with the cell of this folder, whose new view has no mark, if it has the old view. None may be
+    // begun after one that has to wait for its turn: its new view is there or cannot be made, or its old one
+    // cannot be listed.
     void begin(const std::string& cellFolder);
 
     // The folder of the first cell that has begun and has not had its turn; null when there is none.
@@ -57,6 +58,7 @@ private:
         std::string folder;
         std::string newView;  // empty: nothing is done for it
         std::vector<std::string> fileNames;
+        bool awaitsItsTurn = false;
         bool isDone = true;  // no thread is at it, and none will be
         bool isFilled = false;
     };
@@ -83,7 +85,6 @@ private:
 
     std::deque<Cell> cells_;    // begun and not accepted, in their order
     std::size_t underWay_ = 0;  // of those, with a new view
-    bool lastAwaitsItsTurn_ = false;
 
     std::mutex mutex_;  // guards the following, and isDone of a cell that has begun
     std::condition_variable changed_;

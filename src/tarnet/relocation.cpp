@@ -21,11 +21,7 @@ int TarnetProjectConverter::relocateCellFiles() {
     if (const int status = ensureDirectoryOrReport(newView); status != 0) return status;
     getProjectDir(oldView);
     std::vector<std::string> names;
-    const int listed = forEachName(oldView, [&](const std::string& name) {
-        names.push_back(name);
-        return true;
-    });
-    if (listed != 0) return 0;
+    if (namesIn(oldView, names) != 0) return 0;
     fillNewView(names);
     return markNewView();
 }
