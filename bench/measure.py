@@ -1,43 +1,61 @@
 #!/usr/bin/env python3
-"""Speed and memory of the program, each figure against something measured in the same run.
+"""Speed and memory of the library and of the program, each figure against something measured in the same run.
 
-    measure.py PROGRAM [--rounds N] [--scratch FOLDER] [--quick]
+    measure.py FOLDER [--rounds N] [--scratch FOLDER] [--quick]
 
-Every round writes into a fresh folder, because making files anew where others were just deleted is slow on
-some file systems; contenders take turns within a round; the file cache is warm. A figure is the median,
-with the smallest and the largest of the rounds behind it. --quick leaves out the large projects.
+FOLDER holds what is measured: the library, the bench's host that loads it and only converts, the program.
+
+Everything runs on one processor, as under `taskset -c`: the question is how much work is done. Contenders take
+turns within a round, each after a sync, and the first round only warms the cache. A figure is the median of the
+rounds, with the smallest and the largest behind it. Each run writes into a fresh folder, and nothing is deleted
+before the end, because making files where others were just deleted is slow on some file systems. So the table
+takes much disk: 50 GiB, or 9 GiB with --quick, which leaves out the large projects.
 """
 
 import argparse
 import collections
+import itertools
 import json
 import os
 import re
-import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-OUTPUTS = ("csd dat opt.dat mc.dat sens.dat opt.csd mc.csd sens.csd out out.1 opt.out mc.out sens.out prb mrk "
-           "sim.1op sim.cir sim.mif").split()
+DECK_OUTPUT = "sim.cir"  # rewritten; the other outputs are copied byte by byte
+COPIED_OUTPUTS = ("csd dat opt.dat mc.dat sens.dat opt.csd mc.csd sens.csd out out.1 opt.out mc.out sens.out prb mrk "
+                  "sim.1op sim.mif").split()
+OUTPUTS = [DECK_OUTPUT, *COPIED_OUTPUTS]
+CELL_PROFILES = ("ac", "tran")
+CELL_OUTPUTS = ("csd", "dat", "mc.out", "mrk", "out", "prb", "sim.1op")
 DECK = '.INC "amp-SCHEMATIC1.net"\n.LIB "amp.lib"\n' + "R1 in out 1k ; one of many lines of a deck\n" * 400
+SIZE = 8192  # of a file, in bytes
 MIB = 1024 * 1024
+GIB = 1024 * MIB
 
-# What a command took: seconds on the clock and of processors, and its peak memory in bytes.
+# What a command took: seconds on the clock and of processors, and its peak memory in MiB.
 Cost = collections.namedtuple("Cost", "seconds processor peak")
 
+
+# --- what is converted ---
 
 def write(path, data):
     with open(path, "wb") as file:
         file.write(data)
 
 
-def make_project(folder, profiles, outputs, size):
-    """A flat project; returns the number of its files."""
-    os.makedirs(folder)
+def write_random(path, size):
     block = os.urandom(min(size, 4 * MIB))
+    with open(path, "wb") as file:
+        for _ in range(size // len(block)):
+            file.write(block)
+
+
+def make_project(folder, profiles, outputs, size=SIZE):
+    """A flat project; each profile has the outputs."""
+    os.makedirs(folder)
     entries = []
     for number in range(profiles):
         name = f"p{number:05d}"
@@ -47,12 +65,10 @@ def make_project(folder, profiles, outputs, size):
               (f'ProfileName= "{name}" \nRootSchematics= "SCHEMATIC1" \nNetlistFile= "{base}.sim.cir" \n'
                f'DataFile= "{base}.dat" \nOutFile= "{base}.out" \nAnalysis= "TRAN" \n').encode())
         for output in outputs:
-            with open(f"{folder}/{base}.{output}", "wb") as file:
-                if output == "sim.cir":
-                    file.write(DECK.encode()[:size])
-                else:
-                    for _ in range(size // len(block)):
-                        file.write(block)
+            if output == DECK_OUTPUT:
+                write(f"{folder}/{base}.{output}", DECK.encode()[:size])
+            else:
+                write_random(f"{folder}/{base}.{output}", size)
     write(f"{folder}/amp.lib", b"* models\n")
     write(f"{folder}/amp-SCHEMATIC1.net", b"* netlist\n")
     write(f"{folder}/amp.dsn", json.dumps({"rootSchematics": ["SCHEMATIC1"]}).encode())
@@ -60,30 +76,7 @@ def make_project(folder, profiles, outputs, size):
         "folders": [{"name": "Design Resources",
                      "files": [{"name": "amp.dsn", "path": ".\\amp.dsn", "type": "Schematic Design"}]}],
         "simulationProfiles": {"active": entries[0]["path"], "profiles": entries}}, indent=2).encode())
-    os.sync()
-    return len(os.listdir(folder))
-
-
-def make_library(folder, cells, size=8192):
-    """A library whose cells have 30 files each in the old view, two profiles among them."""
-    text, block = DECK.encode()[:size], os.urandom(size)
-    outputs = ("csd", "dat", "mc.out", "mrk", "out", "prb", "sim.1op")
-    for number in range(cells):
-        cell = f"cell{number:05d}"
-        view = f"{folder}/{cell}/cfg_analog"
-        os.makedirs(view)
-        texts = [f"{cell}.net", f"{cell}.opt"]
-        blocks = [f"{cell}.{end}" for end in ("als", "opj", "par")] + [f"{cell}-{cell}.prp", "amp.lib", "x.inc", "y.stl"]
-        blocks += ["board.map", "parts.olb"]
-        for profile in ("ac", "tran"):
-            texts += [f"{profile}.sim", f"{profile}.sim.cir"]
-            blocks += [f"{profile}.{output}" for output in outputs]
-        write(f"{view}/master.tag", b"expand.cfg")
-        for name in texts:
-            write(f"{view}/{name}", text)
-        for name in blocks:
-            write(f"{view}/{name}", block)
-    os.sync()
+    return folder
 
 
 def add_names_of_profiles(folder, profiles):
@@ -94,211 +87,256 @@ def add_names_of_profiles(folder, profiles):
     measured = "\n".join(f'(m (Profile "{base}.sim") (Goal 1))' for base in bases)
     write(f"{folder}/amp-SCHEMATIC1.aap",
           f'(FILE_TYPE "Advanced Analysis Profile" (Profiles {keys}) (Optimizer (MEASUREMENTS {measured})))'.encode())
-    os.sync()
+    return folder
 
 
-def run(command):
-    """The cost of a command that succeeds."""
-    started = time.perf_counter()
-    process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    seconds = time.perf_counter() - started
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        sys.exit(f"{command} ended with {process.returncode}")
-    return Cost(seconds, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024)
+def rewritten_in_cell(cell):
+    return [f"{cell}.net", f"{cell}.opt", *(f"{profile}.{end}" for profile in CELL_PROFILES
+                                            for end in ("sim", "sim.cir"))]
+
+
+def copied_in_cell(cell):
+    return ([f"{cell}.{end}" for end in ("als", "opj", "par")] +
+            [f"{cell}-{cell}.prp", "amp.lib", "x.inc", "y.stl", "board.map", "parts.olb"] +
+            [f"{profile}.{output}" for profile in CELL_PROFILES for output in CELL_OUTPUTS])
+
+
+def make_library(folder, cells, with_copied=True):
+    """A library whose cells have 30 files each in the old view, 23 of them copied byte by byte."""
+    for number in range(cells):
+        cell = f"cell{number:05d}"
+        view = f"{folder}/{cell}/cfg_analog"
+        os.makedirs(view)
+        write(f"{view}/master.tag", b"expand.cfg")
+        for name in rewritten_in_cell(cell):
+            write(f"{view}/{name}", DECK.encode()[:SIZE])
+        for name in copied_in_cell(cell) if with_copied else []:
+            write_random(f"{view}/{name}", SIZE)
+    return folder
+
+
+# --- running ---
+
+def run(command, output=subprocess.DEVNULL):
+    """The cost of a command, which has to succeed."""
+    with tempfile.TemporaryFile("w+") as messages:
+        started = time.perf_counter()
+        process = subprocess.Popen(command, stdout=output, stderr=messages)
+        _, status, usage = os.wait4(process.pid, 0)
+        seconds = time.perf_counter() - started
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
+            messages.seek(0)
+            sys.exit(f"{messages.read()}{command} ended with {process.returncode}")
+    return Cost(seconds, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024 / MIB)
 
 
 def run_step(command):
-    """Seconds that a command tells of its own work, and its peak memory in bytes."""
-    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
-    output = process.stdout.read()
-    _, status, usage = os.wait4(process.pid, 0)
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        sys.exit(f"{command} ended with {process.returncode}")
-    return float(output), usage.ru_maxrss * 1024
+    """The cost of a command that prints the seconds of the step in question."""
+    with tempfile.TemporaryFile("w+") as output:
+        cost = run(command, output)
+        output.seek(0)
+        return cost._replace(seconds=float(output.read()))
 
 
 def system_calls(command):
     with tempfile.NamedTemporaryFile("r") as counts:
-        subprocess.run(["strace", "-f", "-c", "-o", counts.name, *command], stdout=subprocess.DEVNULL, check=True)
-        total = re.search(r"(\d+)(?:\s+\d+)?\s+total", counts.read())
-    return int(total.group(1))
+        run(["strace", "-f", "-c", "-U", "calls,name", "-o", counts.name, *command])
+        return int(re.search(r"(\d+) total", counts.read()).group(1))
 
 
-def span(values, form="{:.2f}"):
-    return (f"{form.format(statistics.median(values)):>9}  "
-            f"({form.format(min(values))} to {form.format(max(values))})")
+def take_turns(rounds, *contenders, runner=run, warm_up=True):
+    """The costs of each contender, a list for each. A contender makes the command for its next round."""
+    costs = [[] for _ in contenders]
+    for number in range(rounds + warm_up):
+        for contender, own_costs in zip(contenders, costs):
+            command = contender()
+            os.sync()
+            cost = runner(command)
+            if number >= warm_up:
+                own_costs.append(cost)
+    return costs
+
+
+def ratios(costs, yardsticks, part="seconds"):
+    return [getattr(cost, part) / getattr(yardstick, part) for cost, yardstick in zip(costs, yardsticks)]
+
+
+def peaks(costs):
+    return [cost.peak for cost in costs]
+
+
+# --- the table ---
+
+def line(what, figure, bound):
+    print(f"{what:<70}{figure:<30}{bound}".rstrip(), flush=True)
+
+
+def row(what, values, bound=None, form="{:.2f}"):
+    """The median of `values`, and whether it keeps the bound."""
+    median = statistics.median(values)
+    figure = f"{form.format(median):>9}"
+    if len(values) > 1:
+        figure += f"  ({form.format(min(values))} to {form.format(max(values))})"
+    kept = "" if bound is None else f"at most {form.format(bound)}"
+    if bound is not None and median > bound:
+        kept += "   <== MISSED"
+    line(what, figure, kept)
 
 
 class Bench:
-    def __init__(self, program, scratch, rounds):
-        self.program = program
+    def __init__(self, folder, scratch, rounds):
+        self.folder = folder
         self.scratch = scratch
         self.rounds = rounds
+        self.large_rounds = max(3, rounds // 2)
         self.fresh_folders = 0
 
-    def fresh(self):
+    # What is run.
+
+    def fresh(self, name="run"):
         self.fresh_folders += 1
-        return f"{self.scratch}/{self.fresh_folders:04d}"
+        return f"{self.scratch}/{name}-{self.fresh_folders:03d}"
 
-    def convert(self, project, destination):
-        return [self.program, "draftel", f"{project}/amp.opj", "--to", destination]
+    def host(self, flow, *arguments):
+        return [f"{self.folder}/tvxconv_bench_host", flow, f"{self.folder}/libtvxconv.so", *arguments]
 
-    def row(self, what, figure, bound):
-        print(f"{what:<58}{figure:<32}{bound}", flush=True)
+    def convert(self, project):
+        return self.host("draftel", f"{project}/amp.opj", self.fresh())
 
-    def against_copy(self, what, project, files, rounds):
-        ratios, peaks = [], []
-        for number in range(rounds + 1):
-            os.sync()
-            copied = run(["cp", "-r", project, self.fresh()])
-            os.sync()
-            converted = run(self.convert(project, self.fresh()))
-            if number == 0:
-                continue  # warms the cache
-            ratios.append(converted.seconds / copied.seconds)
-            peaks.append(converted.peak / MIB)
-        self.row(f"{what}: time / cp -r", span(ratios), "at most 1.00")
-        bound = 24 + 300 * files / MIB
-        self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), f"at most {bound:.1f}")
+    def convert_by_program(self, project):
+        return [f"{self.folder}/tvxconv", "draftel", f"{project}/amp.opj", "--to", self.fresh()]
 
-    def growth(self, what, small, large, rounds):
-        costs = []
-        for _ in range(rounds):
-            for project in (small, large):
-                os.sync()
-                copied = run(["cp", "-r", project, self.fresh()])
-                os.sync()
-                converted = run(self.convert(project, self.fresh()))
-                costs.append((copied, converted))
-        self.growth_rows(what, costs)
-        if shutil.which("strace"):
-            once = system_calls(self.convert(small, self.fresh()))
-            tenfold = system_calls(self.convert(large, self.fresh()))
-            self.row(f"{what}: system calls", f"{tenfold / once:9.2f}  ({once} calls)", "at most 11")
+    def copy(self, folder):
+        return ["cp", "-rp", folder, self.fresh()]
 
-    def growth_rows(self, what, costs):
-        """`costs`: those of copying and of converting, of one and of ten times as much in turn."""
-        copied, converted = zip(*costs)
+    def copies_to_convert(self, library, count):
+        """Copies of a library that have new folders and links to its files. They are made before a file is read
+        for the first time: a new link would have the next read write the time of access."""
+        copies = [self.fresh("library") for _ in range(count)]
+        for copy in copies:
+            subprocess.run(["cp", "-rpl", library, copy], check=True)
+        return (self.host("tarnet", copy) for copy in copies)
 
-        def growth(costs, part):
-            return span([part(large) / part(small) for small, large in zip(costs[::2], costs[1::2])])
-
-        self.row(f"{what}: time", growth(converted, lambda cost: cost.seconds), "at most 11")
-        self.row(f"{what}: time of processors", growth(converted, lambda cost: cost.processor), "")
-        self.row(f"{what}: time of cp -r", growth(copied, lambda cost: cost.seconds), "")
-        against = [converting.seconds / copying.seconds for copying, converting in costs[1::2]]
-        self.row(f"{what.split(' / ')[0]}: time / cp -r", span(against), "")
-
-    def convert_library(self, source):
-        """Copies the library and converts the copy; the copy, and the cost of both."""
-        library = self.fresh()
-        os.sync()
-        copied = run(["cp", "-r", source, library])
-        os.sync()
-        return library, copied, run([self.program, "tarnet", library])
-
-    def library(self, what, source, rounds):
-        ratios, peaks = [], []
-        for number in range(rounds + 1):
-            _, copied, converted = self.convert_library(source)
-            if number == 0:
-                continue  # warms the cache
-            ratios.append(converted.seconds / copied.seconds)
-            peaks.append(converted.peak / MIB)
-        self.row(f"{what}: time / cp -r", span(ratios), "at most 1.00")
-        self.row(f"{what}: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
-
-    def library_growth(self, small, large, rounds):
-        costs = []
-        for _ in range(rounds):
-            for source in (small, large):
-                library, *copied_and_converted = self.convert_library(source)
-                costs.append(copied_and_converted)
-        self.growth_rows("10,000 cells / 1,000 cells", costs)
-        peaks = [converted.peak / MIB for _, converted in costs[1::2]]
-        self.row("10,000 cells: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
-        ratios, peaks = [], []
-        for number in range(rounds + 3):
-            # One look at the marker of each new view.
-            found = run(["find", library, "-path", "*/tvx_sim_1/master.tag", "-printf", "%s\n"])
-            again = run([self.program, "tarnet", library])
-            if number == 0:
-                continue  # warms the cache
-            ratios.append(again.seconds / found.seconds / 2)
-            peaks.append(again.peak / MIB)
-        self.row("10,000 converted cells again: time / find twice", span(ratios), "at most 1.00")
-        self.row("10,000 converted cells again: peak memory, MiB", span(peaks, "{:.1f}"), "at most 32.0")
-
-    def attribute_lists(self, program, mebibytes, rounds):
-        listed, json_file = f"{self.scratch}/profile.aap", f"{self.scratch}/profile.json"
-        subprocess.run([program, "make", str(mebibytes), listed, json_file], check=True)
-        size = os.path.getsize(listed)
-        reading, writing, peaks = [], [], []
-        for number in range(rounds + 1):
-            os.sync()
-            list_seconds, peak = run_step([program, "read-list", listed])
-            json_seconds, _ = run_step([program, "read-json", json_file])
-            os.sync()
-            list_written, _ = run_step([program, "write-list", listed, self.fresh()])
-            os.sync()
-            json_written, _ = run_step([program, "write-json", json_file, self.fresh()])
-            if number == 0:
-                continue  # warms the cache
-            reading.append(list_seconds / json_seconds)
-            writing.append(list_written / json_written)
-            peaks.append(peak / size)
-        what = f"attribute list of {size / MIB:.0f} MiB"
-        self.row(f"{what}: reading / RapidJSON", span(reading), "at most 2.00")
-        self.row(f"{what}: writing / RapidJSON", span(writing), "at most 2.00")
-        self.row(f"{what}: peak memory of reading / size", span(peaks), "at most 6.00")
+    # What is measured.
 
     def start(self):
-        times = [run([self.program, "--version"]).seconds * 1000 for _ in range(50)]
-        self.row("--version, ms", span(times, "{:.1f}"), "at most 10")
+        times = [run([f"{self.folder}/tvxconv", "--version"]).seconds * 1000 for _ in range(50)]
+        row("program: --version, ms", times, form="{:.1f}")
+
+    def profiles(self, project):
+        copied, converted, by_program = take_turns(
+            self.rounds, lambda: self.copy(project), lambda: self.convert(project),
+            lambda: self.convert_by_program(project))
+        what = "1,000 profiles x 18 outputs x 8 KiB"
+        row(f"library, {what}: time / cp -rp", ratios(converted, copied), 0.80)
+        row(f"library, {what}: processor time / cp -rp", ratios(converted, copied, "processor"))
+        row(f"program, {what}: time / cp -rp", ratios(by_program, copied))
+
+    def profiles_without_outputs(self, project):
+        copied, converted = take_turns(self.rounds, lambda: self.copy(project), lambda: self.convert(project))
+        row("library, 1,000 profiles without outputs: time / cp -rp", ratios(converted, copied), 3)
+
+    def cells(self, library):
+        copies = self.copies_to_convert(library, self.rounds + 1)
+        copied, converted = take_turns(self.rounds, lambda: self.copy(library), lambda: next(copies))
+        what = "1,000 cells x 30 files x 8 KiB"
+        row(f"library, {what}: time / cp -rp", ratios(converted, copied), 0.85)
+        row(f"library, {what}: processor time / cp -rp", ratios(converted, copied, "processor"))
+
+    def converted_cells(self, library):
+        """Against one look at the marker of each new view."""
+        converted = self.fresh("library")
+        subprocess.run(["cp", "-rpl", library, converted], check=True)
+        run(self.host("tarnet", converted))
+        found, again = take_turns(
+            self.rounds, lambda: ["find", converted, "-path", "*/tvx_sim_1/master.tag", "-printf", "%s\n"],
+            lambda: [f"{self.folder}/tvxconv", "tarnet", converted])
+        row("program, 1,000 converted cells again: time / find", ratios(again, found))
+
+    def calls_for_copies(self, what, command, command_without, copies):
+        """System calls for each file that is copied byte by byte: what such files add to the same conversion
+        without them, and for comparison all calls of the conversion."""
+        calls, without = system_calls(command), system_calls(command_without)
+        row(f"{what}: system calls for each byte copy", [(calls - without) / copies], 9)
+        row(f"{what}: all system calls / byte copies", [calls / copies])
+
+    def one_large_output(self, project):
+        output = f"{project}/amp-SCHEMATIC1-p00000.dat"
+        copied, converted = take_turns(self.rounds, lambda: ["cp", "-p", output, self.fresh()],
+                                       lambda: self.convert(project))
+        row("library, one output of 1 GiB: time / cp -p", ratios(converted, copied), 1)
+
+    def growth(self, what, small, large):
+        """`small` and `large` yield commands that convert, of which one has ten times as much to do. Returns the
+        costs of the large one."""
+        calls = system_calls(next(small)), system_calls(next(large))  # warms the cache as well
+        once, tenfold = take_turns(self.large_rounds, lambda: next(small), lambda: next(large), warm_up=False)
+        row(f"{what}: processor time", ratios(tenfold, once, "processor"), 11)
+        row(f"{what}: system calls", [calls[1] / calls[0]], 10.2)
+        row(f"{what}: time", ratios(tenfold, once))
+        return tenfold
+
+    def growth_of_project(self, what, small, large):
+        return self.growth(what, *((self.convert(project) for _ in itertools.count()) for project in (small, large)))
+
+    def growth_of_library(self, what, small, large):
+        return self.growth(what, *(self.copies_to_convert(library, self.large_rounds + 1)
+                                   for library in (small, large)))
+
+    def attribute_lists(self, mebibytes):
+        program = f"{self.folder}/tvxconv_bench_lists"
+        listed, json_file = f"{self.scratch}/profile.aap", f"{self.scratch}/profile.json"
+        subprocess.run([program, "make", str(mebibytes), listed, json_file], check=True)
+        list_read, json_read, list_written, json_written = take_turns(
+            self.rounds, lambda: [program, "read-list", listed], lambda: [program, "read-json", json_file],
+            lambda: [program, "write-list", listed, self.fresh()],
+            lambda: [program, "write-json", json_file, self.fresh()], runner=run_step)
+        size = os.path.getsize(listed) / MIB
+        what = f"attribute list of {size:.0f} MiB"
+        row(f"{what}: reading / RapidJSON", ratios(list_read, json_read), 1.5)
+        row(f"{what}: writing / RapidJSON", ratios(list_written, json_written))
+        row(f"{what}: peak memory of reading / size", [peak / size for peak in peaks(list_read)], 6)
+
+
+def measure(bench, scratch, quick):
+    line("", "   median  (rounds)", "bound")
+    project = make_project(f"{scratch}/project", 1000, OUTPUTS)
+    bench.profiles(project)
+    library = make_library(f"{scratch}/cells", 1000)
+    bench.cells(library)
+    decks = make_project(f"{scratch}/decks", 1000, [DECK_OUTPUT])
+    bench.calls_for_copies("1,000 profiles", bench.convert(project), bench.convert(decks), 1000 * len(COPIED_OUTPUTS))
+    rewritten = make_library(f"{scratch}/rewritten-cells", 1000, with_copied=False)
+    bench.calls_for_copies("1,000 cells", next(bench.copies_to_convert(library, 1)), bench.host("tarnet", rewritten),
+                           1000 * len(copied_in_cell("cell")))
+    empty = make_project(f"{scratch}/empty", 1000, [])
+    bench.profiles_without_outputs(empty)
+    if os.path.exists(f"{bench.folder}/tvxconv_bench_lists"):  # built where the library to compare with is installed
+        bench.attribute_lists(64)
+    bench.start()
+    bench.converted_cells(library)
+    if quick:
+        return
+    bench.one_large_output(make_project(f"{scratch}/single", 1, ["dat"], GIB))
+    large = make_project(f"{scratch}/large-project", 10000, OUTPUTS)
+    costs = bench.growth_of_project("10,000 / 1,000 profiles", project, large)
+    row("library, 10,000 profiles of 18 files: peak memory, MiB", peaks(costs), 64, "{:.1f}")
+    bench.growth_of_library("10,000 / 1,000 cells", library, make_library(f"{scratch}/large-cells", 10000))
+    bench.growth_of_project("optimizer of 10,000 / of 1,000 profiles", add_names_of_profiles(empty, 1000),
+                            add_names_of_profiles(make_project(f"{scratch}/named", 10000, []), 10000))
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Speed and memory of the program.")
-    parser.add_argument("program")
+    parser = argparse.ArgumentParser(description="Speed and memory of the library and of the program.")
+    parser.add_argument("folder", help="where library, host and program are")
     parser.add_argument("--rounds", type=int, default=7)
     parser.add_argument("--scratch", default=None, help="a folder on the file system to measure")
     parser.add_argument("--quick", action="store_true", help="leave out the large projects")
     options = parser.parse_args()
+    os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})  # all that is run inherits it
     with tempfile.TemporaryDirectory(prefix="tvxconv-bench-", dir=options.scratch) as scratch:
-        bench = Bench(os.path.abspath(options.program), scratch, options.rounds)
-        print(f"{'what':<58}{'median  (rounds)':<32}bound")
-        bench.start()
-        lists = os.path.join(os.path.dirname(bench.program), "tvxconv_bench_lists")
-        if os.path.exists(lists):  # built where the library to compare with is installed
-            bench.attribute_lists(lists, 64, max(5, options.rounds))
-        small = f"{scratch}/small"
-        files = make_project(small, 1000, OUTPUTS, 8192)
-        bench.against_copy("1,000 profiles, 18 outputs of 8 KiB", small, files, options.rounds)
-        empty = f"{scratch}/empty"
-        files = make_project(empty, 1000, [], 8192)
-        bench.against_copy("1,000 profiles without outputs", empty, files, options.rounds)
-        cells = f"{scratch}/cells"
-        make_library(cells, 1000)
-        bench.library("1,000 cells of 30 files of 8 KiB", cells, options.rounds)
-        if not options.quick:
-            single = f"{scratch}/single"
-            files = make_project(single, 1, ["dat"], 1024 * MIB)
-            bench.against_copy("one output of 1 GiB", single, files, options.rounds)
-            large = f"{scratch}/large"
-            files = make_project(large, 10000, OUTPUTS, 8192)
-            bench.growth("10,000 profiles / 1,000 profiles", small, large, max(3, options.rounds // 2))
-            bench.against_copy("10,000 profiles, 18 outputs of 8 KiB", large, files, 1)
-            named = f"{scratch}/named"
-            make_project(named, 10000, [], 8192)
-            add_names_of_profiles(named, 10000)
-            add_names_of_profiles(empty, 1000)
-            bench.growth("optimizer of 10,000 / of 1,000 profiles", empty, named, max(3, options.rounds // 2))
-            many_cells = f"{scratch}/many-cells"
-            make_library(many_cells, 10000)
-            bench.library_growth(cells, many_cells, max(2, options.rounds // 3))
+        measure(Bench(os.path.abspath(options.folder), scratch, options.rounds), scratch, options.quick)
 
 
 main()
