@@ -14,7 +14,6 @@ takes much disk: 50 GiB, or 9 GiB with --quick, which leaves out the large proje
 
 import argparse
 import collections
-import itertools
 import json
 import os
 import re
@@ -204,6 +203,10 @@ class Bench:
     def convert(self, project):
         return self.host("draftel", f"{project}/amp.opj", self.fresh())
 
+    def conversions(self, project):
+        while True:
+            yield self.convert(project)
+
     def convert_by_program(self, project):
         return [f"{self.folder}/tvxconv", "draftel", f"{project}/amp.opj", "--to", self.fresh()]
 
@@ -278,11 +281,11 @@ class Bench:
         return tenfold
 
     def growth_of_project(self, what, small, large):
-        return self.growth(what, *((self.convert(project) for _ in itertools.count()) for project in (small, large)))
+        return self.growth(what, self.conversions(small), self.conversions(large))
 
     def growth_of_library(self, what, small, large):
-        return self.growth(what, *(self.copies_to_convert(library, self.large_rounds + 1)
-                                   for library in (small, large)))
+        count = self.large_rounds + 1
+        return self.growth(what, self.copies_to_convert(small, count), self.copies_to_convert(large, count))
 
     def attribute_lists(self, mebibytes):
         program = f"{self.folder}/tvxconv_bench_lists"
@@ -339,4 +342,5 @@ def main():
         measure(Bench(os.path.abspath(options.folder), scratch, options.rounds), scratch, options.quick)
 
 
-main()
+if __name__ == "__main__":
+    main()
