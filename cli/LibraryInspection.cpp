@@ -9,7 +9,7 @@
 #include "fsutil/paths.h"
 #include "platform/platform.h"
 #include "tarnet/TarnetProjectConverter.h"
-#include "tarnet/views.h"
+#include "tarnet/layout.h"
 
 namespace fsutil = tvxconv::fsutil;
 namespace platform = tvxconv::platform;
@@ -17,10 +17,10 @@ namespace platform = tvxconv::platform;
 LibraryInspection inspectLibrary(const std::string& library) {
     LibraryInspection result;
     tvxconv::forEachName(library, [&](const std::string& cell) {
-        if (!tvxconv::isCellName(cell)) return true;
+        if (!tvxconv::tarnet::isCellName(cell)) return true;
         if (isConverted(library, cell)) {
             ++result.convertedBefore;
-        } else if (tvxconv::isView(tvxconv::oldViewOf(library + "/" + cell))) {
+        } else if (tvxconv::tarnet::isView(tvxconv::tarnet::oldViewOf(library + "/" + cell))) {
             result.toConvert.push_back(cell);
         }
         return true;
@@ -29,11 +29,12 @@ LibraryInspection inspectLibrary(const std::string& library) {
 }
 
 bool isConverted(const std::string& library, const std::string& cell) {
-    return tvxconv::isView(tvxconv::newViewOf(library + "/" + cell));
+    return tvxconv::tarnet::isView(tvxconv::tarnet::newViewOf(library + "/" + cell));
 }
 
 void removeUnfinishedMark(const std::string& library, const std::string& cell) {
-    const std::string path = tvxconv::newViewOf(library + "/" + cell) + "/" + tvxconv::kViewMarker;
+    const std::string path =
+        tvxconv::tarnet::newViewOf(library + "/" + cell) + "/" + tvxconv::tarnet::kViewMarker;
     platform::FileStatus status;
     const bool isEmptyFile = platform::getStatus(path.c_str(), status) == 0 &&
                              status.kind == platform::FileKind::regular && status.size == 0;
@@ -54,6 +55,6 @@ bool isInView(const std::string& library, const std::string& file) {
     const std::size_t cellEnd = below.find('/', 2);
     if (cellEnd == std::string::npos) return false;
     const std::string view = below.substr(cellEnd + 1, below.find('/', cellEnd + 1) - cellEnd - 1);
-    return fsutil::equalIgnoringCase(view, tvxconv::kOldView) ||
-           fsutil::equalIgnoringCase(view, tvxconv::kNewView);
+    return fsutil::equalIgnoringCase(view, tvxconv::tarnet::kOldView) ||
+           fsutil::equalIgnoringCase(view, tvxconv::tarnet::kNewView);
 }

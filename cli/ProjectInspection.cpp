@@ -11,6 +11,7 @@
 #include "KeptFiles.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "draftel/analysisProfile.h"
+#include "draftel/layout.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/lines.h"
@@ -21,6 +22,7 @@
 
 namespace platform = tvxconv::platform;
 namespace fsutil = tvxconv::fsutil;
+namespace layout = tvxconv::draftel;
 using tvxconv::DraftelProjectConverter;
 
 namespace {
@@ -35,6 +37,18 @@ bool canBeFolderName(const std::string& name) {
     return std::none_of(name.begin(), name.end(), [](char byte) {
         return byte == '/' || byte == '\\' || byte == ':' || (byte >= 0 && byte < ' ') || byte == 0x7F;
     });
+}
+
+// Whether the text can stand in a project file.
+bool isProjectText(const std::string& text) {
+    std::string utf8;
+    if (!platform::toUtf8(text, utf8)) return false;
+    try {
+        static_cast<void>(nlohmann::json(utf8).dump());
+        return true;
+    } catch (const nlohmann::json::type_error&) {
+        return false;
+    }
 }
 
 // "FILE:LINE: ", or "FILE: " for a line of 0.
@@ -77,7 +91,16 @@ constexpr const char* kNotAFolder =
     " cannot be the name of a folder (it is empty, \".\" or \"..\", or has a separator, a drive or a control "
     "character in it). Rename it in the design application and try again";
 
-void checkNames(DraftelProjectConverter& converter, ProjectInspection& inspection) {
+constexpr const char* kNoProjectText =
+    " is not UTF-8 text, so the project file cannot name the new files. Rename it and try again";
+
+void checkNames(DraftelProjectConverter& converter, const std::string& project,
+                ProjectInspection& inspection) {
+    if (!isProjectText(inspection.designName)) {
+        inspection.refusal =
+            place(project, 0) + "the name of the project " + inQuotes(inspection.designName) + kNoProjectText;
+        return;
+    }
     std::string designFile;
     converter.getDesignFilePath(designFile);
     for (const std::string& schematic : converter.rootSchematics()) {
@@ -92,11 +115,17 @@ void checkNames(DraftelProjectConverter& converter, ProjectInspection& inspectio
         std::set<std::string> seen;
         for (std::size_t i = 0; i < profiles.size(); ++i) {
             tvxconv::ProfileNames names;
-            const std::string file = inspection.projectDir + "/" + fileBases[i] + ".sim";
+            const std::string file = converter.oldProfileFile(fileBases[i]);
             if (!canBeFolderName(profiles[i])) {
                 converter.readProfileNames(fileBases[i], names);
                 inspection.refusal = place(file, names.profileLine) + "the profile name " +
                                      inQuotes(profiles[i]) + kNotAFolder;
+                return;
+            }
+            if (!isProjectText(profiles[i])) {
+                converter.readProfileNames(fileBases[i], names);
+                inspection.refusal = place(file, names.profileLine) + "the profile name " +
+                                     inQuotes(profiles[i]) + kNoProjectText;
                 return;
             }
             if (!seen.insert(lowerCased(profiles[i])).second) {
@@ -110,33 +139,6 @@ void checkNames(DraftelProjectConverter& converter, ProjectInspection& inspectio
     }
 }
 
-// Where a project file has relative entries that are carried along: a folder and perhaps a sub-folder, and
-// the type and the end of the path that an entry must have, where these matter.
-struct CarriedEntries {
-    std::string folder;
-    std::string subFolder;
-    std::string type;
-    std::string pathEnd;
-};
-
-std::vector<CarriedEntries> carriedEntries(DraftelProjectConverter& converter) {
-    constexpr const char* kDesignFolder = "Design Resources";
-    std::vector<CarriedEntries> result = {
-        {kDesignFolder, "", "", ".dsn"},
-        {kDesignFolder, "Library", "Schematic Library", ".olb"},
-        {"Tevrix Resources", "Model Libraries", "TevrixLibrary", ""},
-        {"Tevrix Resources", "Stimulus Files", "TevrixLibrary", ""},
-        {"Tevrix Resources", "Include Files", "TevrixLibrary", ""},
-    };
-    for (const std::string& folder : converter.projectFolderNames()) {
-        if (folder != kDesignFolder) result.push_back({folder, "", "", ""});
-    }
-    for (const auto& [folder, subFolder] : converter.folderMap()) {
-        if (folder != kDesignFolder) result.push_back({folder, subFolder, "", ""});
-    }
-    return result;
-}
-
 // The files that go to the simulation root or beside the new project, wherever an entry finds them: their
 // old paths in lower case.
 std::set<std::string> movedFiles(DraftelProjectConverter& converter, const ProjectInspection& inspection) {
@@ -145,26 +147,25 @@ std::set<std::string> movedFiles(DraftelProjectConverter& converter, const Proje
         files.insert(lowerCased(folder + "/" + name));
     };
     const std::string& base = inspection.designBase;
-    for (const char* extension : {".dsn", ".dbk"}) add(inspection.designDir, base + extension);
-    for (const std::string& extension : converter.designLevelExtensions()) {
+    for (const char* extension : {layout::kDesign, layout::kDesignBackup}) {
+        add(inspection.designDir, base + "." + extension);
+    }
+    for (const std::string extension : layout::designLevel()) {
         add(inspection.projectDir, base + "." + extension);
     }
     for (const std::string& schematic : converter.rootSchematics()) {
-        const std::string stem = base + "-" + schematic;
-        for (const std::string& extension : converter.schematicLevelExtensions()) {
-            if (extension == "default.mrk") {
-                add(inspection.projectDir, stem + "-" + extension);
-            } else if (extension != "sim") {
-                add(inspection.designDir, stem + "." + extension);
-            }
+        for (const std::string extension : layout::schematicLevel()) {
+            if (extension == layout::kProfile) continue;
+            files.insert(lowerCased(layout::oldSchematicFile(inspection.projectDir, inspection.designDir,
+                                                             base, schematic, extension)));
         }
         std::vector<std::string> fileBases;
         std::vector<std::string> profiles;
         converter.getProfilesOfSchematic(schematic, fileBases, profiles);
         for (std::size_t i = 0; i < profiles.size(); ++i) {
-            add(inspection.projectDir, fileBases[i] + ".sim");
-            for (const std::string& extension : converter.profileLevelExtensions()) {
-                add(inspection.projectDir, stem + "-" + profiles[i] + "." + extension);
+            files.insert(lowerCased(converter.oldProfileFile(fileBases[i])));
+            for (const std::string extension : layout::profileLevel()) {
+                add(inspection.projectDir, layout::oldOutputStem(base, schematic, profiles[i]) + extension);
             }
         }
     }
@@ -175,32 +176,27 @@ std::set<std::string> movedFiles(DraftelProjectConverter& converter, const Proje
 // which lies outside the destination. That is refused, unless that file, or its like, lies there already.
 void checkEntries(DraftelProjectConverter& converter, const std::string& project,
                   const std::string& destination, ProjectInspection& inspection) {
-    converter.classifySimulationFiles();
     std::optional<std::set<std::string>> moved;  // there are many, and few projects have such entries
     const std::filesystem::path bounds = std::filesystem::path(destination).lexically_normal();
-    for (const CarriedEntries& carried : carriedEntries(converter)) {
+    for (const layout::FileEntries& carried : layout::entriesThatNameFiles()) {
         tvx_wobj::Strings names;
         tvx_wobj::Strings paths;
         tvx_wobj::Strings types;
         const int status =
-            carried.subFolder.empty()
+            *carried.subFolder == '\0'
                 ? tvx_wobj::readProjectFileDirectly(project, carried.folder, names, paths, types)
                 : tvx_wobj::readProjectFileDirectly(project, carried.folder, carried.subFolder, names, paths,
                                                     types);
         if (status != 0) return;  // the conversion will tell
         for (std::size_t i = 0; i < paths.size(); ++i) {
             const std::string& entry = paths[i];
-            if (!carried.type.empty() && !fsutil::equalIgnoringCase(types[i], carried.type)) continue;
+            if (*carried.type != '\0' && !fsutil::equalIgnoringCase(types[i], carried.type)) continue;
             if (!fsutil::endsWithIgnoringCase(entry, carried.pathEnd)) continue;
-            std::string path;
-            fsutil::toForwardSlashes(entry, path);
-            bool isRelative = false;
-            fsutil::normaliseReference(path, isRelative);
-            if (!isRelative || path.find("..") == std::string::npos) continue;
+            const fsutil::Reference reference(entry);
+            if (!reference.isRelative() || reference.path().find("..") == std::string::npos) continue;
             std::string file;
             std::string copy;
-            if (fsutil::resolveRelative(path, inspection.projectDir, file) != 0 ||
-                fsutil::resolveRelative(path, destination, copy) != 0) {
+            if (!reference.resolve(inspection.projectDir, file) || !reference.resolve(destination, copy)) {
                 continue;
             }
             const std::filesystem::path target = std::filesystem::path(copy).lexically_normal();
@@ -235,12 +231,8 @@ void findProfileFiles(const std::string& project, bool inPlace, ProjectInspectio
             if (inspection.flatProfile.empty()) inspection.flatProfile = name;
             continue;
         }
-        std::string path;
-        fsutil::toForwardSlashes(registered, path);
-        bool isRelative = false;
-        fsutil::normaliseReference(path, isRelative);
-        std::string file = path;
-        if (isRelative) fsutil::resolveRelative(path, inspection.projectDir, file);
+        std::string file;
+        fsutil::Reference(registered).resolve(inspection.projectDir, file);
         if (inspection.otherProfile.empty() && fsutil::isPresentFile(file))
             inspection.otherProfile = registered;
     }
@@ -269,13 +261,13 @@ ProjectInspection inspectProject(const std::string& project, const std::string& 
     findProfileFiles(project, destination.empty(), inspection);
     std::string designFile;
     converter.getDesignFilePath(designFile);
-    const std::string expected = inspection.designDir + "/" + inspection.designBase + ".dsn";
+    const std::string expected = inspection.designDir + "/" + inspection.designBase + "." + layout::kDesign;
     if (!fsutil::equalIgnoringCase(designFile, expected)) {
         inspection.refusal = inQuotes(designFile) +
                              ": the name of a design has one \".\" in it. Rename the design in the design "
                              "application and try again";
     }
-    if (inspection.refusal.empty()) checkNames(converter, inspection);
+    if (inspection.refusal.empty()) checkNames(converter, project, inspection);
     if (inspection.refusal.empty() && !destination.empty()) {
         checkEntries(converter, project, destination, inspection);
     }
@@ -287,15 +279,10 @@ std::vector<std::string> profilesLeftOut(const ProjectInspection& inspection,
                                          const DraftelProjectConverter& converter) {
     std::vector<std::string> leftOut;
     for (const std::string& registered : inspection.registeredProfiles) {
-        std::string path;
-        std::string name;
+        const fsutil::Reference path(registered);
         std::string newPath;
-        fsutil::toForwardSlashes(registered, path);
-        bool isRelative = false;
-        fsutil::normaliseReference(path, isRelative);
-        fsutil::fileNameOf(path, name);
-        const bool carried =
-            isRelative && path.starts_with("./") && converter.findRelocation("./" + name, newPath) == 0;
+        const bool carried = path.isRelative() && !path.goesUp() &&
+                             converter.findRelocation("./" + path.fileName(), newPath) == 0;
         if (!carried) leftOut.push_back(registered);
     }
     return leftOut;
@@ -305,13 +292,14 @@ std::vector<std::string> analysisProfilesLeftOut(const ProjectInspection& inspec
                                                  DraftelProjectConverter& converter) {
     std::vector<std::string> leftOut;
     for (const std::string& schematic : converter.rootSchematics()) {
-        const std::string stem = inspection.designDir + "/" + inspection.designBase + "-";
-        const std::string oldPath = stem + schematic + ".aap";
+        const std::string oldPath = layout::oldSchematicFile(
+            inspection.projectDir, inspection.designDir, inspection.designBase, schematic, layout::kAnalysis);
         std::string place;
         if (converter.findRelocation(converter.relocationKey(oldPath, inspection.projectDir), place) != 0) {
             continue;  // there is none
         }
-        const std::string newPath = converter.simulationRoot() + "/" + schematic + "/" + schematic + ".aap";
+        const std::string newPath = converter.simulationRoot() + "/" + schematic + "/" +
+                                    layout::newSchematicFileName(schematic, layout::kAnalysis);
         // A file at the new place may be there from another conversion.
         const bool isCarried = fsutil::isPresentFile(newPath) && tvxconv::canReadAnalysisProfile(oldPath);
         if (fsutil::isPresentFile(oldPath) && !isCarried) leftOut.push_back(oldPath);

@@ -8,8 +8,8 @@
 #include "KeptFiles.h"
 #include "ProgressLine.h"
 #include "ProjectInspection.h"
-#include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
@@ -214,7 +214,6 @@ int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspe
         result.status = 1;
     }
     if (notCarried.stuck.empty()) releaseKept(kept);
-    fsutil::forgetFolders();  // the old names take room, and nothing is looked for among them any more
     return conclude(options, inspection, draftelConverter, result, exitStatus);
 }
 

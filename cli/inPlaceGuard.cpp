@@ -1,7 +1,12 @@
 #include "inPlaceGuard.h"
 
+#include <algorithm>
+#include <iterator>
+
+#include "converter/rewriteOptimizerFile.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "draftel/analysisProfile.h"
+#include "draftel/layout.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
@@ -10,21 +15,17 @@
 
 namespace platform = tvxconv::platform;
 namespace fsutil = tvxconv::fsutil;
+namespace layout = tvxconv::draftel;
 
 namespace {
 
-// The files whose new form is another text than the old one. All others are byte copies.
-constexpr const char* kRewritten[] = {".sim", ".net", ".sim.cir", ".opt", ".aap", ".opj"};
-constexpr const char* kAnalysisProfile = ".aap";
-
-// What the name of a file must hold that an optimizer file names as a design profile and that follows it.
-constexpr const char* kDesignProfileMark = ".mdp";
+bool hasExtension(const std::string& path, const std::string& extension) {
+    return fsutil::endsWithIgnoringCase(path, "." + extension);
+}
 
 bool isByteCopy(const std::string& oldPath) {
-    for (const char* end : kRewritten) {
-        if (fsutil::endsWithIgnoringCase(oldPath, end)) return false;
-    }
-    return true;
+    return std::none_of(std::begin(layout::kRewritten), std::end(layout::kRewritten),
+                        [&](const char* extension) { return hasExtension(oldPath, extension); });
 }
 
 // Keeps the files of a folder whose names begin like the design's, or of which `isOther` (in lower case) is
@@ -58,7 +59,7 @@ bool isEmpty(const std::string& path) {
 }
 
 std::string simulationRootOf(const ProjectInspection& inspection) {
-    return inspection.projectDir + "/" + inspection.designName + "-TevrixFiles";
+    return inspection.projectDir + "/" + layout::simulationRootName(inspection.designName);
 }
 
 void addFilesBelow(const std::string& folder, int levels, std::set<std::string>& files) {
@@ -103,16 +104,17 @@ private:
     std::string folderOnDisk_;
 };
 
-// The extensions of the design's two files.
-constexpr const char* kDesignExtensions[] = {".dsn", ".dbk"};
+// The design's two files.
+constexpr const char* kDesignExtensions[] = {layout::kDesign, layout::kDesignBackup};
 
 }  // namespace
 
 std::string fileInTheWay(const std::string& project, const ProjectInspection& inspection) {
-    const std::string newProject = inspection.projectDir + "/" + inspection.designName + ".opj";
+    const std::string newProject =
+        inspection.projectDir + "/" + inspection.designName + "." + layout::kProject;
     if (fsutil::isPresentFile(newProject) && !fsutil::isSameFile(newProject, project)) return newProject;
     for (const char* extension : kDesignExtensions) {
-        const std::string name = "/" + inspection.designBase + extension;
+        const std::string name = "/" + inspection.designBase + "." + extension;
         const std::string copy = inspection.projectDir + name;
         const std::string design = inspection.designDir + name;
         if (fsutil::isPresentFile(copy) && fsutil::isPresentFile(design) &&
@@ -125,13 +127,14 @@ std::string fileInTheWay(const std::string& project, const ProjectInspection& in
 
 bool keepOldFiles(const std::string& project, const ProjectInspection& inspection, KeptFiles& kept,
                   std::string& failed) {
+    const fsutil::RememberedFolders folders;
     // The project file is written anew; a library of the host's own may do that in place.
     failed = project;
     if (!kept.keep(project, true)) return false;
     const bool designIsHere = fsutil::isSameFile(inspection.projectDir, inspection.designDir);
     // A design that lies elsewhere is copied here, over one that may be here already.
     for (const char* extension : kDesignExtensions) {
-        failed = inspection.projectDir + "/" + inspection.designBase + extension;
+        failed = inspection.projectDir + "/" + inspection.designBase + "." + extension;
         if (!designIsHere && fsutil::isPresentFile(failed) && !kept.keep(failed, true)) return false;
     }
     // A profile file need not be named after the design. It is found by its name before the first ".".
@@ -141,11 +144,11 @@ bool keepOldFiles(const std::string& project, const ProjectInspection& inspectio
         std::string base;
         fsutil::fileNameOf(registered, name);
         fsutil::baseNameOf(name, base);
-        profileFiles.insert(lowerCased(base) + ".sim");
+        profileFiles.insert(lowerCased(base) + "." + layout::kProfile);
     }
     // More design profiles than the optimizer files name do no harm here.
     const auto isOther = [&](const std::string& name) {
-        return profileFiles.count(name) != 0 || name.find(kDesignProfileMark) != std::string::npos;
+        return profileFiles.count(name) != 0 || name.find(tvxconv::kExternalMark) != std::string::npos;
     };
     if (!keepFilesOf(inspection.projectDir, inspection, isOther, false, kept, failed)) return false;
     if (designIsHere) return true;
@@ -164,6 +167,7 @@ std::set<std::string> filesInSimulationRoot(const ProjectInspection& inspection)
 
 NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, KeptFiles& kept,
                                 const std::set<std::string>& doubtful) {
+    const fsutil::RememberedFolders folders;
     std::string projectDir;
     std::string destination;
     converter.getProjectDir(projectDir);
@@ -187,7 +191,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
         } else if (arrived) {
             arrived = doubtful.count(lowerCased(newFile)) == 0 && (!isEmpty(newFile) || isEmpty(keptFile));
             // Where the old one was passed over, what is at the new place is another file.
-            if (arrived && fsutil::endsWithIgnoringCase(oldFile, kAnalysisProfile)) {
+            if (arrived && hasExtension(oldFile, layout::kAnalysis)) {
                 arrived = tvxconv::canReadAnalysisProfile(keptFile) || haveSameBytes(keptFile, newFile);
             }
         }
@@ -208,6 +212,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
 }
 
 void putBackAll(KeptFiles& kept) {
+    const fsutil::RememberedFolders folders;
     std::vector<std::string> failed;
     if (kept.putBackAll(failed)) {
         releaseKept(kept);
@@ -220,6 +225,7 @@ void putBackAll(KeptFiles& kept) {
 }
 
 void releaseKept(KeptFiles& kept) {
+    const fsutil::RememberedFolders folders;
     if (kept.release()) return;
     tell("the folder " + inQuotes(kept.folder()) +
          " could not be removed. It holds second names or copies of old files; they are no longer needed");

@@ -11,6 +11,7 @@
 
 int main(int argc, char** argv) {
     tvxconv::platform::keepNoFreeMemory();
+    tvxconv::platform::keepGoingAtSizeLimit();
     try {
         std::variant<DraftelOptions, TarnetOptions> command;
         int exitStatus = kConverted;

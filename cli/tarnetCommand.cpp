@@ -8,13 +8,13 @@
 
 #include "LibraryInspection.h"
 #include "ProgressLine.h"
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "fsutil/paths.h"
 #include "interface/ITarnetProjectConverter.h"
 #include "interruption.h"
 #include "platform/platform.h"
 #include "report.h"
-#include "tarnet/views.h"
+#include "tarnet/layout.h"
 
 namespace fsutil = tvxconv::fsutil;
 namespace platform = tvxconv::platform;
@@ -66,9 +66,9 @@ public:
         const std::vector<std::string>& cells = inspection_.toConvert;
         std::error_code ignored;
         while (done_ < cells.size() &&
-               std::filesystem::exists(
-                   tvxconv::newViewOf(folderOfCell(options_, cells[done_])) + "/" + tvxconv::kViewMarker,
-                   ignored)) {
+               std::filesystem::exists(tvxconv::tarnet::newViewOf(folderOfCell(options_, cells[done_])) +
+                                           "/" + tvxconv::tarnet::kViewMarker,
+                                       ignored)) {
             ++done_;
         }
         return "Converting " + options_.library + ": " + std::to_string(done_) + " of " +
@@ -168,7 +168,7 @@ void tellOutcome(const TarnetOptions& options, const LibraryInspection& inspecti
         tell("cell " + inQuotes(failure.cell) + ": " + failure.reason);
         if (!failure.isMarked) continue;
         tell("cell " + inQuotes(failure.cell) + " counts as converted all the same; remove " +
-             inQuotes(tvxconv::newViewOf(folderOfCell(options, failure.cell))) +
+             inQuotes(tvxconv::tarnet::newViewOf(folderOfCell(options, failure.cell))) +
              " to have it converted anew");
     }
     if (!isErrorTold) tellError(result);

@@ -1,7 +1,5 @@
 #include "dsnreader/dsnreader.h"
 
-#include <utility>
-
 #include "platform/platform.h"
 #include "tvx_wobj/JsonTree.h"
 
@@ -13,12 +11,12 @@ int readRootSchematics(const std::string& design, std::vector<std::string>& root
     JsonValue root;
     tvxconv::platform::FileStatus status;
     if (tvxconv::wobj::readJsonFile(design, root, status) != 0) return 1;
-    JsonValue* list = root.find("rootSchematics");
+    const JsonValue* list = root.find("rootSchematics");
     if (list == nullptr || list->kind != JsonValue::Kind::array) return 1;
     std::vector<std::string> names;
-    for (JsonValue& name : list->elements) {
+    for (const JsonValue& name : list->elements) {
         if (name.kind != JsonValue::Kind::text) return 1;
-        names.push_back(std::move(name.text));
+        if (!tvxconv::wobj::fromJsonText(name.text, names.emplace_back())) return 1;
     }
     rootSchematics.swap(names);
     return 0;

@@ -20,10 +20,10 @@
 //
 //   design          path of the design file, in the code page of the host
 //   unused          not looked at
-//   rootSchematics  cleared; then the names, in file order
+//   rootSchematics  cleared; then the names, in file order, in the code page of the host
 //
 // Returns 0, or non-zero with an empty list: the file cannot be read, is no JSON object, has no
-// "rootSchematics" or something else than a list of texts under it, has a key twice in one object, is
-// nested more than 512 deep, or memory ran out. Does not throw.
+// "rootSchematics" or something else than a list of texts under it, a name has no form in the host's code
+// page, has a key twice in one object, is nested more than 512 deep, or memory ran out. Does not throw.
 extern "C" TVXCONV_EXPORT int getDsnInfo(const std::string& design, const std::string& unused,
                                          std::vector<std::string>& rootSchematics);

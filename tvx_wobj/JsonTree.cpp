@@ -244,13 +244,18 @@ std::string writeJson(const JsonValue& value) {
     return out;
 }
 
-bool isUtf8(const std::string& bytes) {
+bool toJsonText(const std::string& from, std::string& to) {
+    if (!platform::toUtf8(from, to)) return false;
     try {
-        static_cast<void>(Parser(bytes).dump());  // refuses anything else
+        static_cast<void>(Parser(to).dump());  // refuses what is not UTF-8
         return true;
     } catch (const Parser::type_error&) {
         return false;
     }
+}
+
+bool fromJsonText(const std::string& from, std::string& to) {
+    return platform::fromUtf8(from, to);
 }
 
 }  // namespace tvxconv::wobj

@@ -60,7 +60,9 @@ int readJsonFile(const std::string& path, JsonValue& value, platform::FileStatus
 // end. Writing what was read from such a text gives the same bytes.
 std::string writeJson(const JsonValue& value);
 
-// Whether the bytes can stand in a JSON text.
-bool isUtf8(const std::string& bytes);
+// A text of the host, in its code page, as it can stand in a JSON text, and the other way. False, with `to`
+// undefined, for one that has no form on the other side.
+bool toJsonText(const std::string& from, std::string& to);
+bool fromJsonText(const std::string& from, std::string& to);
 
 }  // namespace tvxconv::wobj

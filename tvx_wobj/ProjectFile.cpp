@@ -64,13 +64,14 @@ public:
     ~Replacement() {
         try {
             if (descriptor_ != -1) platform::closeFile(descriptor_);
-            if (!name_.empty()) platform::removeFile(name_.c_str());
+            if (!name_.empty()) platform::removeOpened(name_.c_str());
         } catch (...) {  // out of memory: the file beside it stays, the caller's failure is reported
         }
     }
 
-    int fill(const std::string& path, const std::string& content) {
-        const int error = platform::openTemporaryBeside(path.c_str(), name_, descriptor_);
+    int fill(const std::string& path, unsigned permissions, const std::string& content) {
+        const int error = platform::openTemporaryBeside(path.c_str(), platform::FileMode::binary, permissions,
+                                                        name_, descriptor_);
         if (error != 0) return error;
         if (platform::writeSome(descriptor_, content.data(), content.size()) !=
             static_cast<std::int64_t>(content.size())) {
@@ -99,7 +100,8 @@ struct Seen {
     JsonValue root;
 };
 
-// The last one: a conversion asks for the lists of one project in turn, file by file and folder by folder.
+// The last one: a conversion asks some 30 times in turn, and parsing a project of 1,000 profiles each time
+// would take longer than copying its files. The bytes are read and compared each time.
 thread_local std::shared_ptr<const Seen> last;
 
 // A tree takes about five times the room of its text; a larger one is not kept between two calls.
@@ -138,9 +140,10 @@ int ProjectFile::write() const {
     int error = platform::checkAccess(path_.c_str(), 2);
     if (error != 0) return error;
     const std::string content = writeJson(root);
+    const std::string place = platform::followLinks(path_);
     Replacement replacement;
-    error = replacement.fill(path_, content);
-    return error != 0 ? error : replacement.takePlaceOf(path_, permissions_);
+    error = replacement.fill(place, permissions_, content);
+    return error != 0 ? error : replacement.takePlaceOf(place, permissions_);
 }
 
 }  // namespace tvxconv::wobj

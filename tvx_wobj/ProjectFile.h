@@ -20,8 +20,8 @@ public:
     int read(const std::string& path);
 
     // Puts `root` in the place of the file that was read; a file that the user may not write is left
-    // alone. Returns 0, or non-zero with the file as it was. May throw std::bad_alloc, with the file as
-    // it was.
+    // alone, and a symbolic link is followed. Returns 0, or non-zero with the file as it was. May throw
+    // std::bad_alloc, with the file as it was.
     int write() const;
 
     // The project. After `read`: an object whose members have the types that tvx_wobj.h shows.

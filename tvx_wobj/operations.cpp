@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <initializer_list>
 #include <map>
 #include <memory>
 #include <string_view>
@@ -17,9 +16,10 @@
 namespace tvx_wobj {
 namespace {
 
-using tvxconv::wobj::isUtf8;
+using tvxconv::wobj::fromJsonText;
 using tvxconv::wobj::JsonValue;
 using tvxconv::wobj::ProjectFile;
+using tvxconv::wobj::toJsonText;
 
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
@@ -34,12 +34,11 @@ int guarded(Operation operation) noexcept {
     }
 }
 
-bool areUtf8(const Strings& texts) {
-    return std::all_of(texts.begin(), texts.end(), isUtf8);
-}
-
-bool areUtf8(std::initializer_list<const std::string*> texts) {
-    return std::all_of(texts.begin(), texts.end(), [](const std::string* text) { return isUtf8(*text); });
+bool toJsonTexts(const Strings& from, Strings& to) {
+    to.clear();
+    to.reserve(from.size());
+    return std::all_of(from.begin(), from.end(),
+                       [&](const std::string& text) { return toJsonText(text, to.emplace_back()); });
 }
 
 // --- texts that are compared ---
@@ -178,29 +177,33 @@ bool addEntries(std::vector<JsonValue>& entries, const std::string& itemType, co
 // --- what the two forms of each function share ---
 
 // A way to a folder: its name, then perhaps that of a sub-folder.
-using FolderPath = std::initializer_list<const std::string*>;
+using FolderPath = Strings;
 
 // The list of a folder's entries; null when the folder or the list is not there.
-const JsonValue* entriesOf(const JsonValue& root, FolderPath folderPath) {
+const JsonValue* entriesOf(const JsonValue& root, const FolderPath& folderPath) {
     const JsonValue* folder = &root;
-    for (const std::string* name : folderPath) {
-        folder = findFolder(*folder, *name);
+    for (const std::string& name : folderPath) {
+        folder = findFolder(*folder, name);
         if (folder == nullptr) return nullptr;
     }
     return folder->find("files");
 }
 
-int readEntries(const std::string& project, FolderPath folderPath, Strings& names, Strings& paths,
+int readEntries(const std::string& project, const FolderPath& folderPath, Strings& names, Strings& paths,
                 Strings* types) {
+    FolderPath folderNames;
+    if (!toJsonTexts(folderPath, folderNames)) return kFailed;
     std::shared_ptr<const JsonValue> root;
     if (tvxconv::wobj::viewProject(project, root) != 0) return kFailed;
-    const JsonValue* entries = entriesOf(*root, folderPath);
+    const JsonValue* entries = entriesOf(*root, folderNames);
     if (entries == nullptr) return kDone;
     Strings found[3];
     const char* const keys[3] = {"name", "path", "type"};
     for (std::size_t i = 0; i < 3; ++i) {
         found[i].reserve(entries->elements.size());
-        for (const JsonValue& entry : entries->elements) found[i].push_back(textOf(entry, keys[i]));
+        for (const JsonValue& entry : entries->elements) {
+            if (!fromJsonText(textOf(entry, keys[i]), found[i].emplace_back())) return kFailed;
+        }
     }
     // Nothing can fail any more: the outputs are filled all together or not at all.
     names.swap(found[0]);
@@ -209,13 +212,19 @@ int readEntries(const std::string& project, FolderPath folderPath, Strings& name
     return kDone;
 }
 
-int writeEntries(const std::string& project, FolderPath folderPath, const std::string& itemType,
-                 const Strings& paths, bool replace, bool createFolder) {
-    if (!areUtf8(folderPath) || !isUtf8(itemType) || !areUtf8(paths)) return kFailed;
+int writeEntries(const std::string& project, const FolderPath& folderPath, const std::string& typeOfHost,
+                 const Strings& pathsOfHost, bool replace, bool createFolder) {
+    FolderPath folderNames;
+    std::string itemType;
+    Strings paths;
+    if (!toJsonTexts(folderPath, folderNames) || !toJsonText(typeOfHost, itemType) ||
+        !toJsonTexts(pathsOfHost, paths)) {
+        return kFailed;
+    }
     if (paths.empty()) {
         std::shared_ptr<const JsonValue> root;
         if (tvxconv::wobj::viewProject(project, root) != 0) return kFailed;
-        const JsonValue* entries = entriesOf(*root, folderPath);
+        const JsonValue* entries = entriesOf(*root, folderNames);
         const auto isOfType = [&](const JsonValue& entry) {
             return equalIgnoringCase(textOf(entry, "type"), itemType);
         };
@@ -227,11 +236,11 @@ int writeEntries(const std::string& project, FolderPath folderPath, const std::s
     ProjectFile file;
     if (file.read(project) != 0) return kFailed;
     JsonValue* folder = &file.root;
-    for (const std::string* name : folderPath) {
-        JsonValue* next = findFolder(*folder, *name);
+    for (const std::string& name : folderNames) {
+        JsonValue* next = findFolder(*folder, name);
         if (next == nullptr) {
             if (!createFolder) return kFailed;
-            next = &addFolder(*folder, *name);
+            next = &addFolder(*folder, name);
         }
         folder = next;
     }
@@ -280,8 +289,7 @@ int readProjectFiles(const std::string& project, const char* folder, Strings& pa
     names.clear();
     return guarded([&] {
         if (folder == nullptr) return kFailed;
-        const std::string folderName = folder;
-        return readEntries(project, {&folderName}, names, paths, nullptr);
+        return readEntries(project, {folder}, names, paths, nullptr);
     });
 }
 
@@ -291,9 +299,7 @@ int readProjectFiles(const std::string& project, const char* folder, const char*
     paths.clear();
     return guarded([&] {
         if (folder == nullptr || subFolder == nullptr) return kFailed;
-        const std::string folderName = folder;
-        const std::string subFolderName = subFolder;
-        return readEntries(project, {&folderName, &subFolderName}, names, paths, nullptr);
+        return readEntries(project, {folder, subFolder}, names, paths, nullptr);
     });
 }
 
@@ -302,7 +308,7 @@ int readProjectFileDirectly(const std::string& project, const std::string& folde
     names.clear();
     paths.clear();
     types.clear();
-    return guarded([&] { return readEntries(project, {&folder}, names, paths, &types); });
+    return guarded([&] { return readEntries(project, {folder}, names, paths, &types); });
 }
 
 int readProjectFileDirectly(const std::string& project, const std::string& folder,
@@ -310,26 +316,32 @@ int readProjectFileDirectly(const std::string& project, const std::string& folde
     names.clear();
     paths.clear();
     types.clear();
-    return guarded([&] { return readEntries(project, {&folder, &subFolder}, names, paths, &types); });
+    return guarded([&] { return readEntries(project, {folder, subFolder}, names, paths, &types); });
 }
 
 int writeProjectFiles(const std::string& project, const std::string& folder, const std::string& itemType,
                       const Strings& paths, bool replace, bool createFolder, bool) {
-    return guarded([&] { return writeEntries(project, {&folder}, itemType, paths, replace, createFolder); });
+    return guarded([&] { return writeEntries(project, {folder}, itemType, paths, replace, createFolder); });
 }
 
 int writeProjectFiles(const std::string& project, const std::string& folder, const std::string& subFolder,
                       const std::string& itemType, const Strings& paths, bool replace, bool createFolder,
                       bool, bool) {
     return guarded([&] {
-        return writeEntries(project, {&folder, &subFolder}, itemType, paths, replace, createFolder);
+        return writeEntries(project, {folder, subFolder}, itemType, paths, replace, createFolder);
     });
 }
 
-int writeItemToProject(const std::string& project, const std::string& folder, const std::string& item,
-                       const std::string& value, bool) {
+int writeItemToProject(const std::string& project, const std::string& folderOfHost,
+                       const std::string& itemOfHost, const std::string& valueOfHost, bool) {
     return guarded([&] {
-        if (!areUtf8({&folder, &item, &value})) return kFailed;
+        std::string folder;
+        std::string item;
+        std::string value;
+        if (!toJsonText(folderOfHost, folder) || !toJsonText(itemOfHost, item) ||
+            !toJsonText(valueOfHost, value)) {
+            return kFailed;
+        }
         ProjectFile file;
         if (file.read(project) != 0) return kFailed;
         JsonValue* holder = findFolder(file.root, folder);
@@ -348,10 +360,18 @@ int writeItemToProject(const std::string& project, const std::string& folder, co
     });
 }
 
-int updateInProjectFile(const std::string& project, const std::string& folder, const std::string& itemType,
-                        const std::string& oldPath, const std::string& newPath) {
+int updateInProjectFile(const std::string& project, const std::string& folderOfHost,
+                        const std::string& typeOfHost, const std::string& oldPathOfHost,
+                        const std::string& newPathOfHost) {
     return guarded([&] {
-        if (!isUtf8(newPath)) return kFailed;
+        std::string folder;
+        std::string itemType;
+        std::string oldPath;
+        std::string newPath;
+        if (!toJsonText(folderOfHost, folder) || !toJsonText(typeOfHost, itemType) ||
+            !toJsonText(oldPathOfHost, oldPath) || !toJsonText(newPathOfHost, newPath)) {
+            return kFailed;
+        }
         ProjectFile file;
         if (file.read(project) != 0) return kFailed;
         JsonValue* holder = findFolder(file.root, folder);
@@ -378,11 +398,14 @@ int readSimProfiles(const std::string& project, Strings& paths, Strings& names, 
         if (simulation == nullptr) return kDone;
         Strings foundPaths;
         Strings foundNames;
-        std::string foundActive = textOf(*simulation, "active");
+        std::string foundActive;
+        if (!fromJsonText(textOf(*simulation, "active"), foundActive)) return kFailed;
         if (const JsonValue* profiles = simulation->find("profiles")) {
             for (const JsonValue& profile : profiles->elements) {
-                foundPaths.push_back(textOf(profile, "path"));
-                foundNames.push_back(textOf(profile, "name"));
+                if (!fromJsonText(textOf(profile, "path"), foundPaths.emplace_back()) ||
+                    !fromJsonText(textOf(profile, "name"), foundNames.emplace_back())) {
+                    return kFailed;
+                }
             }
         }
         paths.swap(foundPaths);
@@ -392,11 +415,18 @@ int readSimProfiles(const std::string& project, Strings& paths, Strings& names, 
     });
 }
 
-int writeSimProfiles(const std::string& project, const Strings& paths, const Strings& names,
-                     const Strings& schematics, const std::string& active, bool) {
+int writeSimProfiles(const std::string& project, const Strings& pathsOfHost, const Strings& namesOfHost,
+                     const Strings& schematicsOfHost, const std::string& activeOfHost, bool) {
     return guarded([&] {
+        Strings paths;
+        Strings names;
+        Strings schematics;
+        std::string active;
+        if (!toJsonTexts(pathsOfHost, paths) || !toJsonTexts(namesOfHost, names) ||
+            !toJsonTexts(schematicsOfHost, schematics) || !toJsonText(activeOfHost, active)) {
+            return kFailed;
+        }
         if (names.size() != paths.size() || schematics.size() != paths.size()) return kFailed;
-        if (!areUtf8(paths) || !areUtf8(names) || !areUtf8(schematics) || !isUtf8(active)) return kFailed;
         ProjectFile file;
         if (file.read(project) != 0) return kFailed;
         if (file.root.find("simulationProfiles") == nullptr && paths.empty() && active.empty()) return kDone;

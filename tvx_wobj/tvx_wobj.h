@@ -7,11 +7,11 @@
 // This header is the whole contract. A build can take another library with these ten functions in place
 // of ours, so programs include nothing else of this folder.
 //
-// Strings. All text is UTF-8. Paths stand in the project as the user wrote them, mostly relative to the
-// project's folder and with backslashes; they are handed over and taken as they are. The path of the
-// project file itself is in the code page of the host. Names of folders, items and types, the names and
-// schematics of profiles, and paths that are looked for are compared without regard to the case of ASCII
-// letters; of several folders with one name the first counts.
+// Strings. All text is in the code page of the host, as paths are, and UTF-8 in the file; where the host's is
+// UTF-8 they are the same bytes. Paths stand in the project as the user wrote them, mostly relative to the
+// project's folder and with backslashes; they are handed over and taken as they are. Names of folders, items
+// and types, the names and schematics of profiles, and paths that are looked for are compared without regard
+// to the case of ASCII letters; of several folders with one name the first counts.
 //
 // The form of our project files, a JSON object. Every key may be missing: a missing text reads as "", a
 // missing list as an empty one. Keys that are not shown here may stand anywhere; they, their values and
@@ -29,11 +29,12 @@
 //
 // Status. 0 is done. Anything else: the file cannot be read or written, it is no JSON, a value shown above
 // has another type in it, a key stands twice in one object, objects and lists are nested more than 512
-// deep, memory ran out, an argument that would be written is not UTF-8, or what the function says. Then
-// outputs are empty and the file is as it was. No function throws.
+// deep, memory ran out, a text that is handed over has no form on the other side, or what the function says.
+// Then outputs are empty and the file is as it was. No function throws.
 //
 // Writing. A call reads the file once and, only if something changes, writes it once: a new file beside it
-// that is flushed to disk, gets the permission bits of the old one and takes its place. A reader, or a
+// that is flushed to disk, gets the permission bits of the old one and takes its place. A symbolic link
+// is followed: the file that it leads to is replaced. A reader, or a
 // power failure, meets the old or the new file whole. A file that the user may not write is left alone
 // and the call fails.
 //

@@ -1,5 +1,8 @@
 #include "converter/ProjectConverter.h"
 
+#include <algorithm>
+
+#include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
 
 namespace tvxconv {
@@ -93,14 +96,16 @@ int ProjectConverter::setSourceDir(const std::string& path) {
     return 0;
 }
 
+bool ProjectConverter::InLowerCase::operator()(std::string_view a, std::string_view b) const {
+    const auto folded = [](char byte) { return static_cast<unsigned char>(fsutil::lowerCase(byte)); };
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                        [&](char x, char y) { return folded(x) < folded(y); });
+}
+
 int ProjectConverter::addRelocation(const std::string& oldPath, const std::string& newPath) {
-    std::string key;
-    toLowerCase(oldPath, key);
-    const auto place = relocations_.lower_bound(key);
-    if (place != relocations_.end() && place->first == key) return 0;
-    std::string value;
-    toLowerCase(newPath, value);
-    relocations_.emplace_hint(place, kept(key), kept(value));
+    const auto place = relocations_.lower_bound(oldPath);
+    const bool isThere = place != relocations_.end() && !InLowerCase()(oldPath, place->first);
+    if (!isThere) relocations_.emplace_hint(place, kept(oldPath), kept(toLowerCase(newPath)));
     return 0;
 }
 
@@ -111,13 +116,10 @@ std::string_view ProjectConverter::kept(const std::string& text) {
 }
 
 int ProjectConverter::findRelocation(const std::string& oldPath, std::string& newPath) const {
-    std::string key;
-    toLowerCase(oldPath, key);
-    newPath.clear();
-    const auto found = relocations_.find(key);
-    if (found == relocations_.end()) return 1;
-    newPath = found->second;
-    return 0;
+    const auto found = relocations_.find(oldPath);
+    const bool isThere = found != relocations_.end();
+    newPath = isThere ? found->second : std::string_view();
+    return isThere ? 0 : 1;
 }
 
 std::string ProjectConverter::relocationKey(const std::string& oldPath, const std::string& projectDir) {
@@ -129,18 +131,28 @@ std::string ProjectConverter::relocationKey(const std::string& oldPath, const st
     return oldPath;
 }
 
-int ProjectConverter::firstRelocation(std::string& oldPath, std::string& newPath) {
-    cursor_ = relocations_.begin();
-    if (cursor_ == relocations_.end()) return 1;
-    oldPath = cursor_->first;
-    newPath = cursor_->second;
+int ProjectConverter::handOut(Relocations::const_iterator move, std::string& oldPath,
+                              std::string& newPath) const {
+    if (move == relocations_.end()) return 1;
+    oldPath = toLowerCase(std::string(move->first));
+    newPath = move->second;
     return 0;
 }
 
+int ProjectConverter::firstRelocation(std::string& oldPath, std::string& newPath) {
+    cursor_ = relocations_.begin();
+    return handOut(cursor_, oldPath, newPath);
+}
+
 int ProjectConverter::nextRelocation(std::string& oldPath, std::string& newPath) {
-    if (cursor_ == relocations_.end() || ++cursor_ == relocations_.end()) return 1;
-    oldPath = cursor_->first;
-    newPath = cursor_->second;
+    if (cursor_ != relocations_.end()) ++cursor_;
+    return handOut(cursor_, oldPath, newPath);
+}
+
+int ProjectConverter::forEachOldPath(const std::function<int(const std::string& oldPath)>& visit) const {
+    for (const auto& [oldPath, newPath] : relocations_) {
+        if (const int status = visit(std::string(oldPath)); status != 0) return status;
+    }
     return 0;
 }
 

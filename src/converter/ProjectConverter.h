@@ -9,6 +9,7 @@
 
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory_resource>
 #include <string>
@@ -48,8 +49,16 @@ public:
     int getDestinationDir(std::string& path) const;
     int setSourceDir(const std::string& path);
 
-    // The table of moves, from a file's old path to its new one. Both are kept in lower case, with the
-    // separators they have. The first entry of an old path stays; a later one is ignored.
+    // The same as they are, empty (0 for the mode) while unset.
+    int mode() const { return mode_; }
+    const std::string& designName() const { return designName_; }
+    const std::string& projectPath() const { return projectPath_; }
+    const std::string& projectDir() const { return projectDir_; }
+    const std::string& destinationDir() const { return destinationDir_; }
+
+    // The table of moves, from a file's old path to its new one. Paths are handed out in lower case, with the
+    // separators they have, and letter case does not count when one is looked up. The first entry of an old
+    // path stays; a later one is ignored.
     int addRelocation(const std::string& oldPath, const std::string& newPath);
     // Returns 0, or 1 with `newPath` empty when no move is recorded.
     int findRelocation(const std::string& oldPath, std::string& newPath) const;
@@ -60,19 +69,24 @@ public:
     // the end and in an empty table.
     int firstRelocation(std::string& oldPath, std::string& newPath);
     int nextRelocation(std::string& oldPath, std::string& newPath);
-    // Whether there is anything in the table.
-    bool hasRelocations() const { return !relocations_.empty(); }
+    // The old paths in the same order, as they were spelled when the moves were entered. Ends at the first
+    // status other than 0 of `visit`, and returns it.
+    int forEachOldPath(const std::function<int(const std::string& oldPath)>& visit) const;
 
 protected:
     // Hands a text out as the getters do: 0, or 1 and an empty output while it is empty.
     static int readField(const std::string& field, std::string& out);
 
 private:
-    // There may be hundreds of thousands of moves, and none is ever taken back: nodes and texts lie end to
-    // end in large blocks.
-    using Relocations = std::pmr::map<std::string_view, std::string_view>;
+    struct InLowerCase {
+        bool operator()(std::string_view a, std::string_view b) const;
+    };
+    // There may be hundreds of thousands of moves, and none is ever taken back, so they share large blocks of
+    // memory. Keys as spelled, values in lower case.
+    using Relocations = std::pmr::map<std::string_view, std::string_view, InLowerCase>;
 
     std::string_view kept(const std::string& text);
+    int handOut(Relocations::const_iterator move, std::string& oldPath, std::string& newPath) const;
 
     int mode_ = 0;
     std::string designName_;

@@ -1,6 +1,6 @@
 #include "converter/fileSteps.h"
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
 
 namespace tvxconv {
@@ -13,12 +13,12 @@ int ensureDirectoryOrReport(const std::string& path) {
 }
 
 int copyFileOrReport(const std::string& source, const std::string& destination) {
-    if (fsutil::copyFile(source, destination) == 0) return 0;
+    if (fsutil::copyWholeFile(source, destination) == 0) return 0;
     return reportError(ERR_COPY_FILE, source, destination);
 }
 
 int copyFileIfPresentOrReport(const std::string& source, const std::string& destination, bool& isPresent) {
-    if (fsutil::copyFileIfPresent(source, destination, isPresent) == 0) return 0;
+    if (fsutil::copyWholeFileIfPresent(source, destination, isPresent) == 0) return 0;
     return reportError(ERR_COPY_FILE, source, destination);
 }
 

@@ -12,7 +12,7 @@ namespace tvxconv {
 // ERR_CREATE_DIRECTORY.
 int ensureDirectoryOrReport(const std::string& path);
 
-// Copies a file (fsutil::copyFile). Returns 0 or ERR_COPY_FILE.
+// Copies a file (fsutil::copyWholeFile). Returns 0 or ERR_COPY_FILE.
 int copyFileOrReport(const std::string& source, const std::string& destination);
 
 // The same for a file that may be absent: `isPresent` tells whether there was one, and 0 is returned

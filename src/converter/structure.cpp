@@ -1,7 +1,7 @@
 #include "converter/structure.h"
 
-#include "converter/errors.h"
 #include "converter/folderNames.h"
+#include "errors/errors.h"
 #include "fsutil/lines.h"
 #include "fsutil/paths.h"
 
@@ -27,7 +27,7 @@ bool listFolder(const std::string& folder, std::vector<std::string>& lines,
 
 int writeReportFile(const std::string& path, const std::vector<std::string>& lines) {
     fsutil::LineWriter writer;
-    if (writer.open(path) != 0) return reportError(ERR_OPEN_FOR_WRITING, path);
+    if (writer.openReplacement(path) != 0) return reportError(ERR_OPEN_FOR_WRITING, path);
     writer.write("The conversion of the project was successful.\n\n");
     writer.write("The new directory structure is as follows:\n\n");
     for (const std::string& line : lines) {

@@ -20,8 +20,8 @@ bool listFolder(const std::string& folder, std::vector<std::string>& lines,
                 std::vector<std::string>& subFolders);
 
 // Writes the lines under a heading to the file `path`, in the place of one that is there. Returns 0, or
-// ERR_OPEN_FOR_WRITING, which is reported, when it cannot be opened; a report that could be opened counts
-// as written.
+// ERR_OPEN_FOR_WRITING, which is reported, when it cannot be opened. A report that could be opened counts as
+// written; where it is not, the old one stays.
 int writeReportFile(const std::string& path, const std::vector<std::string>& lines);
 
 }  // namespace tvxconv

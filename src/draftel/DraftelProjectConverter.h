@@ -12,27 +12,15 @@
 
 #pragma once
 
-#include <cstddef>
 #include <map>
-#include <memory>
 #include <string>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "converter/ProjectConverter.h"
-#include "fsutil/CopyQueue.h"
+#include "draftel/profileRecords.h"
 #include "interface/IDraftelProjectConverter.h"
 
 namespace tvxconv {
-
-// The names that a profile file holds about itself, and the lines (from 1; 0 for none) that hold them.
-struct ProfileNames {
-    std::string schematic;
-    std::string profile;
-    std::size_t schematicLine = 0;
-    std::size_t profileLine = 0;
-};
 
 class DraftelProjectConverter : public IDraftelProjectConverter, public ProjectConverter {
 public:
@@ -40,7 +28,7 @@ public:
     explicit DraftelProjectConverter(const char* projectPath);
     ~DraftelProjectConverter() override = default;
 
-    // --- the exported interface (interface/draftelAdapter.cpp) ---
+    // --- the exported interface (hostAdapter.cpp) ---
 
     int convert(int mode, const CString& path) override;
     int getNewStructure(CStringArray& lines) override;
@@ -75,15 +63,16 @@ public:
     int setDesignDir(const std::string& path);
     int getDesignDir(std::string& path) const;
 
-    // The mode of the first convert call: the first value other than 0 stays. 1 is in place, 2 into a
-    // destination. Both return 0.
+    static constexpr int kInPlace = 1;
+    static constexpr int kIntoDestination = 2;
+
+    // The mode of the first convert call: the first value other than 0 stays. Both return 0.
     int setRequestedMode(int mode);
     int getRequestedMode(int& mode) const;
 
-    // Profile records: profile-file base name (the key, letter case ignored), profile name, root
-    // schematic name, and the path under which the project file registers the profile. The first
-    // record of a key stays. add returns 0; find returns 1, with empty outputs, where there is none;
-    // getProfilesOfSchematic fills two parallel lists, in the order of adding, and returns 0.
+    // The profile records, their fields as in ProfileRecord. add returns 0; find returns 1, with empty
+    // outputs, where there is none; getProfilesOfSchematic fills two parallel lists, in the order of adding,
+    // and returns 0.
     int addProfileRecord(const std::string& fileBase, const std::string& profile,
                          const std::string& schematic, const std::string& registeredPath);
     int findProfileRecord(const std::string& fileBase, std::string& profile, std::string& schematic,
@@ -91,7 +80,7 @@ public:
     int getProfilesOfSchematic(const std::string& schematic, std::vector<std::string>& fileBases,
                                std::vector<std::string>& profiles) const;
 
-    // --- classification.cpp ---
+    // --- layout.cpp ---
 
     // Appends the entries of the five lists and tables above; returns 0.
     int classifySimulationFiles();
@@ -102,6 +91,9 @@ public:
     int readDesignInformation();
     // Asks the design reader for the design's root schematics.
     int readRootSchematics();
+
+    // --- profileRecords.cpp ---
+
     // Makes a record for each simulation profile of the project file. One that cannot be read is left
     // out; one without a profile file has empty names.
     int discoverProfiles();
@@ -135,7 +127,7 @@ public:
                                 const std::string& projectDir, const std::string& fileBase,
                                 const std::string& profile);
 
-    // --- netlists.cpp ---
+    // --- deck.cpp, netlist.cpp ---
 
     // Writes the netlist of a schematic into its folder. Without one nothing is written.
     int relocateSchematicNetlist(const std::string& designBase, const std::string& schematic,
@@ -159,6 +151,9 @@ public:
     // Copies the file at `oldPath` into the folder, named after the schematic alone; `newPath` tells where.
     int copySchematicFile(std::string& newPath, const std::string& oldPath, const std::string& schematic,
                           const std::string& schematicFolder, const std::string& extension);
+
+    // --- optimizerFile.cpp ---
+
     // Writes the optimizer file at `oldPath` as `schematicFolder`/`schematic`.`extension`, which `newPath`
     // tells, with the profiles in it under their names and the design profiles where they are to be found.
     int rewriteOptimizerFile(std::string& newPath, const std::string& oldPath, const std::string& schematic,
@@ -190,39 +185,26 @@ public:
     // The name of a profile file in the new layout, after its profile. `oldName` may have any extension.
     // Returns 1, with `newName` empty, where there is no record of the profile.
     int newProfileFileName(std::string& newName, const std::string& oldName) const;
+    // The profile file of this name in the project folder.
+    std::string oldProfileFile(const std::string& fileBase) const;
     // The destination folder's simulation root.
     std::string simulationRoot() const;
     // Enters a move: the old path relative to the project folder where it lies below it, else as built;
     // the new path relative to `destination`.
     void recordMove(const std::string& oldPath, const std::string& newPath, const std::string& destination);
-    // The form in which recordMove enters an old path.
-    std::string recordedOldPath(const std::string& oldPath, const std::string& projectDir) const;
+
+    const std::string& designFileBaseName() const { return designFileBaseName_; }
+    const std::string& designFilePath() const { return designFilePath_; }
+    const std::string& designDir() const { return designDir_; }
 
 private:
-    struct ProfileRecord {
-        std::string fileBase;
-        std::string profile;
-        std::string schematic;
-        std::string registeredPath;
-    };
-
     int convertInPlace();
     int convertIntoDestination(const std::string& path);
     int runConversionSteps();
     int deleteOldFiles();
+    int relocateSchematic(const std::string& schematic);
 
-    int relocateEachSchematic();
-    // Outputs are copied while the conversion goes on. A copy that fails is reported when they are finished,
-    // unless a later error would have taken its place by then.
-    void queueProfileOutputs(const std::string& designBase, const std::string& schematic,
-                             const std::string& profile, const std::string& destination,
-                             const std::string& profileFolder);
-    void finishCopies();
-    fsutil::CopyQueue copyQueue_;
-
-    std::vector<std::unique_ptr<ProfileRecord>> profileRecords_;
-    std::unordered_map<std::string, std::size_t> recordOfFileBase_;                 // keys in lower case
-    std::unordered_map<std::string, std::vector<std::size_t>> recordsOfSchematic_;  // keys in lower case
+    ProfileRecords profileRecords_;
     std::vector<std::string> rootSchematics_;
     std::vector<std::string> designLevelExtensions_;
     std::vector<std::string> schematicLevelExtensions_;

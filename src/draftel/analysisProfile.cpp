@@ -7,11 +7,15 @@
 #include <vector>
 
 #include "attrlist/AttributeFile.h"
-#include "converter/errors.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/layout.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
 
 namespace tvxconv {
+
+using namespace draftel;
+
 namespace {
 
 using attrlist::Attribute;

@@ -2,12 +2,16 @@
 // deck, the data and output files, and numbered "+" lines that name further files. The new file lies
 // beside the profile's folder, and names of moved files are written without a folder.
 
-#include "converter/profileFiles.h"
+#include "converter/rewriteProfile.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/layout.h"
 #include "fsutil/files.h"
 #include "fsutil/paths.h"
 
 namespace tvxconv {
+
+using namespace draftel;
+
 namespace {
 
 constexpr ProfileKey kKeys[] = {
@@ -23,36 +27,32 @@ int DraftelProjectConverter::rewriteSimProfile(const std::string& fileBase, cons
                                                const std::string& destination,
                                                const std::string& schematicFolder,
                                                const std::string& schematic) {
-    std::string projectDir;
-    getProjectDir(projectDir);
-    const std::string oldPath = projectDir + "/" + fileBase + ".sim";
-    if (!fsutil::isPresentFile(oldPath)) return 0;
+    const std::string oldPath = oldProfileFile(fileBase);
     const std::string profileFolder = schematicFolder + "/" + profile;
-    const std::string newPath = profileFolder + ".sim";
+    const std::string newPath = profileFolder + "." + kProfile;
 
     ProfileRules rules;
-    rules.folder = projectDir;
-    rules.netlist = schematic + ".net";
+    rules.folder = projectDir();
+    rules.netlist = newSchematicFileName(schematic, kNetlist);
     rules.keys = kKeys;
     rules.newValue = [&](ProfileValue kind, const std::string& value) {
-        if (kind == ProfileValue::profileFile) return profile + ".sim";
-        if (kind == ProfileValue::deck) return profile + ".cir";
+        if (kind == ProfileValue::profileFile) return profile + "." + kProfile;
+        if (kind == ProfileValue::deck) return profile + "." + newOutputExtension(kOldDeckExtension);
         std::string reference;
-        const bool made = relocateOutputReference(reference, value, projectDir, fileBase, profile) == 0;
-        return fsutil::withBackslashes(made ? reference : value);
+        const bool made = relocateOutputReference(reference, value, projectDir(), fileBase, profile) == 0;
+        return fsutil::toBackslashes(made ? reference : value);
     };
     // A line whose file cannot be copied stays as it is.
     rules.moveEntry = [&](const ListEntry& entry, std::string_view line, fsutil::LineWriter& writer) {
-        const std::string place = profileFolder + "/" + entry.name;
-        copyQueue_.await(profileFolder, place);
-        if (fsutil::copyFile(entry.file, place) == 0) {
+        if (fsutil::copyWholeFile(entry.file, profileFolder + "/" + entry.name) == 0) {
             writer.writeInPlaceOf(line, listEntryLine(entry));
         } else {
             writer.write(line);
         }
     };
-    const int status = rewriteProfileFile(oldPath, newPath, rules);
-    if (status == 0) recordMove(oldPath, newPath, destination);
+    bool isPresent = false;
+    const int status = rewriteProfileIfPresent(oldPath, newPath, rules, isPresent);
+    if (isPresent && status == 0) recordMove(oldPath, newPath, destination);
     return status;
 }
 

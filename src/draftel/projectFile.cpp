@@ -4,29 +4,25 @@
 
 #include <functional>
 
-#include "converter/errors.h"
 #include "converter/fileSteps.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/layout.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
 #include "tvx_wobj/tvx_wobj.h"
 
 namespace tvxconv {
+
+using namespace draftel;
+
 namespace {
 
 using fsutil::equalIgnoringCase;
 using tvx_wobj::Strings;
 
-constexpr const char* kDesignFolder = "Design Resources";
-constexpr const char* kSimulatorFolder = "Tevrix Resources";
-constexpr const char* kOutputFolder = "Outputs";
-constexpr const char* kLibrarySubFolder = "Library";
-constexpr const char* kDesignType = "Schematic Design";
-constexpr const char* kSchematicLibraryType = "Schematic Library";
-constexpr const char* kSimulatorLibraryType = "TevrixLibrary";
 constexpr const char* kOutputFileItem = "TEVRIX_Output_File";
-constexpr const char* kSimulatorSubFolders[] = {"Model Libraries", "Stimulus Files", "Include Files"};
 
 bool endsWith(const std::string& path, const char* end) {
     return fsutil::endsWithIgnoringCase(path, end);
@@ -44,12 +40,13 @@ class ProjectUpdate {
 public:
     ProjectUpdate(DraftelProjectConverter& converter, const std::string& sourceProject,
                   const std::string& newProject)
-        : converter_(converter), project_(newProject) {
-        fsutil::folderOf(sourceProject, oldFolder_);
-        fsutil::folderOf(newProject, newFolder_);
+        : converter_(converter),
+          project_(newProject),
+          oldFolder_(fsutil::folderOf(sourceProject)),
+          newFolder_(fsutil::folderOf(newProject)) {
         int mode = 0;
         converter.getRequestedMode(mode);
-        leavesOldFolder_ = mode == 2;
+        leavesOldFolder_ = mode == DraftelProjectConverter::kIntoDestination;
     }
 
     int run() {
@@ -67,37 +64,31 @@ private:
         Entries entries;
         if (const int status = read(kDesignFolder, entries); status != 0) return status;
         for (const std::string& path : entries.paths) {
-            if (!endsWith(path, ".dsn")) continue;
+            if (!endsWith(path, kDesignEntries.pathEnd)) continue;
             if (const int status = updateEntry(kDesignFolder, kDesignType, path); status != 0) return status;
         }
         return 0;
     }
 
     int updateLibraries() {
-        Entries entries;
-        if (const int status = read(kDesignFolder, kLibrarySubFolder, entries); status != 0) return status;
-        Strings libraries = pathsOfType(entries, kSchematicLibraryType);
-        for (std::string& path : libraries) {
-            if (!endsWith(path, ".olb")) continue;
-            if (const int status = relocate(path); status != 0) return status;
-        }
-        if (const int status =
-                write(kDesignFolder, kLibrarySubFolder, kSchematicLibraryType, libraries, false);
-            status != 0) {
-            return status;
-        }
-        for (const char* subFolder : kSimulatorSubFolders) {
-            // The first call lists the files that the conversion is about, the second tells their types.
+        for (const FileEntries& list : kLibraryEntries) {
+            const bool isOfDesign = equalIgnoringCase(list.folder, kDesignFolder);
+            // The simulator's files are listed by one call, and their types told by another.
             Strings names;
             Strings paths;
-            if (tvx_wobj::readProjectFiles(project_, kSimulatorFolder, subFolder, names, paths, true) != 0) {
+            if (!isOfDesign &&
+                tvx_wobj::readProjectFiles(project_, list.folder, list.subFolder, names, paths, true) != 0) {
                 return reportError(ERR_READ_FILE, project_);
             }
-            if (const int status = read(kSimulatorFolder, subFolder, entries); status != 0) return status;
-            entries.paths = paths;
-            Strings files = pathsOfType(entries, kSimulatorLibraryType);
-            if (const int status = relocateAll(files); status != 0) return status;
-            if (const int status = write(kSimulatorFolder, subFolder, kSimulatorLibraryType, files, true);
+            Entries entries;
+            if (const int status = read(list.folder, list.subFolder, entries); status != 0) return status;
+            if (!isOfDesign) entries.paths = paths;
+            Strings files = pathsOfType(entries, list.type);
+            for (std::string& path : files) {
+                if (!endsWith(path, list.pathEnd)) continue;
+                if (const int status = relocate(path); status != 0) return status;
+            }
+            if (const int status = write(list.folder, list.subFolder, list.type, files, !isOfDesign);
                 status != 0) {
                 return status;
             }
@@ -113,34 +104,29 @@ private:
         if (tvx_wobj::readSimProfiles(project_, registered, names, active, true) != 0) {
             return reportError(ERR_READ_FILE, project_);
         }
-        std::string activeName;
-        fsutil::fileNameOf(active, activeName);
+        const std::string activeName = fsutil::fileNameOf(active);
         Strings newPaths;
         Strings newNames;
         Strings newSchematics;
         for (const std::string& entry : registered) {
-            std::string path;
-            fsutil::toForwardSlashes(entry, path);
-            bool isRelative = false;
-            fsutil::normaliseReference(path, isRelative);
-            if (!isRelative || !path.starts_with("./")) continue;
-            std::string fileName;
+            const fsutil::Reference path(entry);
+            if (!path.isRelative() || path.goesUp()) continue;
+            const std::string fileName = path.fileName();
             std::string newPath;
             std::string base;
-            if (fsutil::fileNameOf(path, fileName) != 0) continue;
             if (converter_.findRelocation("./" + fileName, newPath) != 0) continue;
             if (fsutil::baseNameOf(fileName, base) != 0) continue;
             std::string profile;
             std::string schematic;
             std::string registeredPath;
             if (converter_.findProfileRecord(base, profile, schematic, registeredPath) != 0) continue;
-            newPath = fsutil::withBackslashes(newPath);
+            newPath = fsutil::toBackslashes(newPath);
             newPaths.push_back(newPath);
             newNames.push_back(profile);
             newSchematics.push_back(schematic);
             if (equalIgnoringCase(fileName, activeName)) active = newPath;
         }
-        active = fsutil::withBackslashes(active);
+        active = fsutil::toBackslashes(active);
         return written(tvx_wobj::writeSimProfiles(project_, newPaths, newNames, newSchematics, active, true));
     }
 
@@ -153,8 +139,7 @@ private:
 
     int updateOtherFolders() {
         for (const std::string& folder : converter_.projectFolderNames()) {
-            if (equalIgnoringCase(folder, kOutputFolder) || equalIgnoringCase(folder, kDesignFolder))
-                continue;
+            if (equalIgnoringCase(folder, kOutputFolder) || !isUpdatedAsAWhole(folder)) continue;
             if (!equalIgnoringCase(folder, kSimulatorFolder)) {
                 if (const int status = updateFolder(folder); status != 0) return status;
                 continue;
@@ -172,9 +157,7 @@ private:
 
     int updateOtherSubFolders() {
         for (const auto& [folder, subFolder] : converter_.folderMap()) {
-            if (equalIgnoringCase(folder, kDesignFolder) || equalIgnoringCase(subFolder, kLibrarySubFolder)) {
-                continue;
-            }
+            if (!isUpdatedAsAWhole(folder, subFolder)) continue;
             Entries entries;
             if (const int status = read(folder, subFolder, entries); status != 0) return status;
             const auto writeType = [&, &folderName = folder, &subFolderName = subFolder](
@@ -202,7 +185,7 @@ private:
         if (const int status = relocate(newPath); status != 0) return status;
         if (newPath == path) return 0;
         return written(
-            tvx_wobj::updateInProjectFile(project_, folder, type, path, fsutil::withBackslashes(newPath)));
+            tvx_wobj::updateInProjectFile(project_, folder, type, path, fsutil::toBackslashes(newPath)));
     }
 
     // Relocates all entries and has them written type by type, in the order in which types first appear.
@@ -231,33 +214,27 @@ private:
     // has not moved, or when it names the new place already. A file that has not moved, and that the
     // new project would look for in another folder than the old one did, is copied there.
     int relocate(std::string& entry) {
-        std::string path;
-        fsutil::toForwardSlashes(entry, path);
-        bool isRelative = false;
-        fsutil::normaliseReference(path, isRelative);
-        std::string file = path;
-        if (isRelative && fsutil::resolveRelative(path, oldFolder_, file) != 0) return 0;
+        const fsutil::Reference path(entry);
+        std::string file;
+        if (!path.resolve(oldFolder_, file)) return 0;
+        std::string named;  // by the entry, seen from the new project
+        path.resolve(newFolder_, named);
         std::string newPath;
         if (findMove(file, newPath)) {
-            std::string namedPlace = path;
             std::string newPlace;
-            if (isRelative) fsutil::resolveRelative(path, newFolder_, namedPlace);
             fsutil::resolveRelative(newPath, newFolder_, newPlace);
-            if (!equalIgnoringCase(namedPlace, newPlace)) entry = newPath;
+            if (!equalIgnoringCase(named, newPlace)) entry = newPath;
             return 0;
         }
-        if (!isRelative || !leavesOldFolder_ || !fsutil::isPresentFile(file)) return 0;
-        std::string copy;
-        std::string folder;
-        if (fsutil::resolveRelative(path, newFolder_, copy) != 0) return 0;
-        fsutil::folderOf(copy, folder);
-        if (const int status = fsutil::createDirectories(folder); status != 0) return status;
-        return copyFileOrReport(file, copy);
+        if (!path.isRelative() || !leavesOldFolder_ || named.empty() || !fsutil::isPresentFile(file))
+            return 0;
+        if (const int status = fsutil::createDirectories(fsutil::folderOf(named)); status != 0) return status;
+        return copyFileOrReport(file, named);
     }
 
     // A moved file is recorded relative to the project's folder, or by its absolute path.
     bool findMove(const std::string& file, std::string& newPath) const {
-        const std::string recorded = converter_.recordedOldPath(file, oldFolder_);
+        const std::string recorded = ProjectConverter::relocationKey(file, oldFolder_);
         return converter_.findRelocation(recorded, newPath) == 0 ||
                converter_.findRelocation(file, newPath) == 0;
     }
@@ -289,7 +266,7 @@ private:
     int written(int status) const { return status == 0 ? 0 : reportError(ERR_WRITE_FILE, project_); }
 
     static Strings inProjectForm(Strings paths) {
-        for (std::string& path : paths) path = fsutil::withBackslashes(path);
+        for (std::string& path : paths) path = fsutil::toBackslashes(path);
         return paths;
     }
 
@@ -311,36 +288,23 @@ private:
 }  // namespace
 
 int DraftelProjectConverter::updateProjectFiles() {
-    std::string destination;
-    std::string designDir;
-    std::string designBase;
-    getDestinationDir(destination);
-    getDesignDir(designDir);
-    getDesignFileBaseName(designBase);
-    for (const char* extension : {".dsn", ".dbk"}) {
-        const std::string name = designBase + extension;
-        const std::string oldPath = designDir + "/" + name;
+    const std::string& destination = destinationDir();
+    for (const char* extension : {kDesign, kDesignBackup}) {
+        const std::string name = designFileBaseName_ + "." + extension;
+        const std::string oldPath = designDir_ + "/" + name;
         if (!fsutil::isPresentFile(oldPath)) {
-            if (equalIgnoringCase(extension, ".dbk")) continue;  // not every design has a backup
+            if (equalIgnoringCase(extension, kDesignBackup)) continue;  // not every design has a backup
             return reportError(ERR_FILE_NOT_FOUND, oldPath);
         }
-        const std::string newPath = destination + "/" + name;
-        if (!equalIgnoringCase(oldPath, newPath)) {
-            if (const int status = copyFileOrReport(oldPath, newPath); status != 0) return status;
-        }
+        if (const int status = copyFileOrReport(oldPath, destination + "/" + name); status != 0)
+            return status;
         addRelocation(oldPath, "./" + name);
     }
-
-    std::string projectPath;
-    std::string projectName;
-    std::string designName;
-    getProjectPath(projectPath);
-    getDesignName(designName);
-    if (!fsutil::isPresentFile(projectPath)) return reportError(ERR_FILE_NOT_FOUND, projectPath);
-    const std::string newProject = destination + "/" + designName + ".opj";
-    if (const int status = updateProjectFile(projectPath, newProject); status != 0) return status;
-    fsutil::fileNameOf(projectPath, projectName);
-    addRelocation("./" + projectName, "./" + designName + ".opj");
+    if (!fsutil::isPresentFile(projectPath())) return reportError(ERR_FILE_NOT_FOUND, projectPath());
+    const std::string newName = designName() + "." + kProject;
+    const std::string newProject = destination + "/" + newName;
+    if (const int status = updateProjectFile(projectPath(), newProject); status != 0) return status;
+    addRelocation("./" + fsutil::fileNameOf(projectPath()), "./" + newName);
     setNewProjectPath(newProject);
     return 0;
 }

@@ -2,21 +2,19 @@
 
 #include "converter/structure.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/layout.h"
 #include "fsutil/files.h"
 
 namespace tvxconv {
 
+using namespace draftel;
+
 int DraftelProjectConverter::getNewStructure(std::vector<std::string>& lines) {
-    int mode = 0;
-    if (getMode(mode) != 0 || mode != 2) return 1;
-    std::string destination;
-    std::string designName;
-    std::string designBase;
-    getDestinationDir(destination);
-    getDesignName(designName);
-    getDesignFileBaseName(designBase);
+    if (mode() != kIntoDestination) return 1;
+    const std::string& destination = destinationDir();
     lines.push_back(destination);
-    for (const std::string& name : {designName + ".opj", designBase + ".dsn", designBase + ".dbk"}) {
+    for (const std::string& name : {designName() + "." + kProject, designFileBaseName_ + "." + kDesign,
+                                    designFileBaseName_ + "." + kDesignBackup}) {
         if (fsutil::isPresentFile(destination + "/" + name)) lines.push_back(kIndent + name);
     }
     const std::string root = simulationRoot();
@@ -36,9 +34,7 @@ int DraftelProjectConverter::getNewStructure(std::vector<std::string>& lines) {
 
 int DraftelProjectConverter::writeReport(const std::vector<std::string>& lines,
                                          const std::string& reportPath) {
-    std::string destination;
-    getDestinationDir(destination);
-    return writeReportFile(destination + "/" + reportPath, lines);
+    return writeReportFile(destinationDir() + "/" + reportPath, lines);
 }
 
 }  // namespace tvxconv

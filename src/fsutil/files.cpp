@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
 #include "platform/platform.h"
@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::size_t kCopyBlock = 8192;
 constexpr unsigned kOwnerMayWrite = 0200;
-constexpr unsigned kOwnerMayRead = 0400;
 constexpr int kFolderMode = 0777;
 
 struct ListingNode {
@@ -29,16 +28,18 @@ bool isSeparator(char byte) {
     return byte == '/' || byte == '\\';
 }
 
-// Copies what is left of one open file, `size` bytes when it was opened, to another: by the system
-// where it can, and the rest in blocks. The blocks find the end of a file that has grown meanwhile.
+// Copies what is left of one open file, `size` bytes when it was opened, to another: by the system where it
+// can, else in blocks.
 int copyOpenFiles(int from, int to, std::uint64_t size) {
     constexpr std::uint64_t kSystemStep = std::uint64_t{64} << 20;
-    for (std::uint64_t left = size; left != 0;) {
-        const auto step = static_cast<std::size_t>(std::min(left, kSystemStep));
-        const std::int64_t moved = platform::copySome(from, to, step);
-        if (moved < 0) return -1;
-        if (moved == 0) break;
-        left -= static_cast<std::uint64_t>(moved);
+    // Asked for one byte more than the file had, the system tells by what it moves that the file ends there.
+    for (std::uint64_t moved = 0; size != 0 && moved <= size;) {
+        const std::uint64_t step = std::min(size + 1 - moved, kSystemStep);
+        const std::int64_t got = platform::copySome(from, to, static_cast<std::size_t>(step));
+        if (got < 0) return -1;
+        if (got == 0) break;
+        moved += static_cast<std::uint64_t>(got);
+        if (moved == size && static_cast<std::uint64_t>(got) < step) return 0;
     }
     std::array<char, kCopyBlock> block;
     for (;;) {
@@ -64,29 +65,45 @@ struct SourceFile {
     SourceFile& operator=(const SourceFile&) = delete;
 };
 
-// Copies an open source; `isWritable` tells whether the copy's owner may write to it, as far as is known.
-// The source is open first, so that no destination is emptied for a file that cannot be read.
-int copyContents(const SourceFile& source, const char* destination, bool& isWritable) {
+enum class Copied { whole, part, nothing };  // nothing: the destination is as it was
+
+// Copies an open source; `isWritable` tells whether the copy's owner may write to it. The source is open
+// first, so that no destination is emptied for a file that cannot be read.
+Copied copyContents(const SourceFile& source, const char* destination, bool& isWritable) {
     isWritable = false;
-    if (source.descriptor == -1) return -1;
+    if (source.descriptor == -1) return Copied::nothing;
     int to = -1;
     platform::FileStatus copyStatus;
     if (platform::openForWriting(destination, platform::FileMode::binary, source.status.permissions,
                                  &source.status, to, &copyStatus) != 0) {
-        return -1;
+        return Copied::nothing;
     }
-    const int result = copyOpenFiles(source.descriptor, to, source.status.size);
     isWritable = (copyStatus.permissions & kOwnerMayWrite) != 0;
-    return platform::closeFile(to) == 0 ? result : -1;
+    bool isWhole = copyOpenFiles(source.descriptor, to, source.status.size) == 0;
+    // Not to be had for another user's file that was there before. It is a copy all the same.
+    if (isWhole) platform::setChangeTime(to, source.status);
+    if (platform::closeFile(to) != 0) isWhole = false;
+    return isWhole ? Copied::whole : Copied::part;
 }
 
+// What becomes of a copy that fails half-way.
+enum class Part { stays, isRemoved };
+
 // copyFile, the source being open if it can be.
-int copyOpened(const SourceFile& file, const std::string& source, const std::string& destination) {
+int copyOpened(const SourceFile& file, const std::string& source, const std::string& destination, Part part) {
     bool isWritable = false;
-    if (copyContents(file, destination.c_str(), isWritable) < 0) {
-        return isSameFile(source, destination) ? 0 : 1;
+    const Copied copied = copyContents(file, destination.c_str(), isWritable);
+    if (copied == Copied::whole) {
+        return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
     }
-    return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
+    if (copied == Copied::part && part == Part::isRemoved) platform::removeOpened(destination.c_str());
+    return copied == Copied::nothing && isSameFile(source, destination) ? 0 : 1;
+}
+
+int copyFile(const std::string& source, const std::string& destination, Part part) {
+    if (equalIgnoringCase(source, destination)) return 0;
+    if (!isPathText(source) || !isPathText(destination)) return 1;
+    return copyOpened(SourceFile(source.c_str()), source, destination, part);
 }
 
 // The process-wide record that nextDirectoryEntry hands out.
@@ -108,9 +125,6 @@ int checkPath(const char* path, int typeMask, int accessMode) {
                          : status.kind == platform::FileKind::regular ? kRegularFileMask
                                                                       : 0;
         if (type != typeMask) return -1;
-        // The usual case needs no second question.
-        const bool ownerMayRead = (status.permissions & kOwnerMayRead) != 0;
-        if (accessMode == kReadable && ownerMayRead && platform::isOwnFile(status)) return 0;
     }
     return platform::checkAccess(path, accessMode) == 0 ? 0 : -1;
 }
@@ -133,7 +147,7 @@ int copyStream(const char* source, int descriptor) {
 
 int copyFileContents(const char* source, const char* destination) {
     bool isWritable = false;
-    return copyContents(SourceFile(source), destination, isWritable);
+    return copyContents(SourceFile(source), destination, isWritable) == Copied::whole ? 0 : -1;
 }
 
 DirectoryListing* openDirectoryListing(const char* path) {
@@ -143,10 +157,6 @@ DirectoryListing* openDirectoryListing(const char* path) {
         if (platform::hasDriveLetters() && folder.back() == ':') folder += "\\.";
     } else if (platform::hasDriveLetters() && !folder.empty() && folder.back() == ':') {
         folder += '.';
-    }
-    platform::FileStatus status;
-    if (platform::getStatus(folder.c_str(), status) != 0 || status.kind != platform::FileKind::folder) {
-        return nullptr;
     }
     std::vector<std::string> names;
     if (platform::listFolder(folder.c_str(), names) != 0) return nullptr;
@@ -243,12 +253,14 @@ int createDirectories(const std::string& path) {
 }
 
 int copyFile(const std::string& source, const std::string& destination) {
-    if (equalIgnoringCase(source, destination)) return 0;
-    if (!isPathText(source) || !isPathText(destination)) return 1;
-    return copyOpened(SourceFile(source.c_str()), source, destination);
+    return copyFile(source, destination, Part::stays);
 }
 
-int copyFileIfPresent(const std::string& source, const std::string& destination, bool& isPresent) {
+int copyWholeFile(const std::string& source, const std::string& destination) {
+    return copyFile(source, destination, Part::isRemoved);
+}
+
+int copyWholeFileIfPresent(const std::string& source, const std::string& destination, bool& isPresent) {
     isPresent = false;
     if (!isPathText(source) || equalIgnoringCase(source, destination)) {
         isPresent = isPresentFile(source);
@@ -258,7 +270,7 @@ int copyFileIfPresent(const std::string& source, const std::string& destination,
     // A file that is there and cannot be opened now (too many are open, say) is not an absent one.
     isPresent = file.descriptor != -1 || (file.error != ENOENT && isPresentFile(source));
     if (!isPresent) return 0;
-    return isPathText(destination) ? copyOpened(file, source, destination) : 1;
+    return isPathText(destination) ? copyOpened(file, source, destination, Part::isRemoved) : 1;
 }
 
 int deleteFile(const std::string& path) {
@@ -280,26 +292,6 @@ int readDirectory(DirectoryListing* handle, std::string& name) {
 
 int closeDirectory(DirectoryListing* handle) {
     return closeDirectoryListing(handle);
-}
-
-int removeDirectory(const std::string& path) {
-    return isPathText(path) && platform::removeFolder(path.c_str()) == 0 ? 0 : 1;
-}
-
-void forgetFolders() {
-    platform::forgetFolders();
-}
-
-AfterStop::AfterStop() : wasStopped_(platform::resumeFiles()) {}
-
-AfterStop::~AfterStop() {
-    if (wasStopped_) platform::stopFiles();
-}
-
-OwnFolders::OwnFolders() : isReady_(platform::beginOwnFolders() == 0) {}
-
-OwnFolders::~OwnFolders() {
-    platform::endOwnFolders();
 }
 
 }  // namespace tvxconv::fsutil

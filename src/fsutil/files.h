@@ -14,7 +14,12 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/platform.h"
+
 namespace tvxconv::fsutil {
+
+// On the stack of an operation that looks for many files; see platform.h.
+using platform::RememberedFolders;
 
 // --- low layer ---
 
@@ -49,10 +54,10 @@ int makeDirectory(const char* path, int mode);
 // opened, a read fails or a write falls short; what was written by then stays.
 int copyStream(const char* source, int descriptor);
 
-// Copies a plain file. An existing destination keeps its permission bits, a new one takes the
-// source's. Returns 0, or -1 when the source is not there or no plain file, when both are the same
-// file, or when opening, reading, writing or closing fails. A destination that was opened by then stays,
-// partly written.
+// Copies a plain file with the time of its last change. An existing destination keeps its permission bits, a
+// new one takes the source's. Returns 0, or -1 when the source is not there or no plain file, when both are
+// the same file, or when opening, reading, writing or closing fails. A destination that was opened by then
+// stays, partly written.
 int copyFileContents(const char* source, const char* destination);
 
 // Reads the names of a folder, "." and ".." among them, in ascending order ignoring case. Null when
@@ -88,13 +93,17 @@ int ensureDirectory(const std::string& path);
 // with the folder that could not be made; those made before it stay.
 int createDirectories(const std::string& path);
 
-// Copies a file and makes the copy writable. Returns 0, also where both paths are equal ignoring case
-// or name one file and nothing is done; 1 when the copy fails or cannot be made writable.
+// Copies a file with the time of its last change and makes the copy writable. Returns 0, also where both
+// paths are equal ignoring case or name one file and nothing is done; 1 when the copy fails or cannot be made
+// writable. A copy that fails half-way stays.
 int copyFile(const std::string& source, const std::string& destination);
 
-// copyFile for a source that may be absent: `isPresent` tells whether it is a plain file that may be read,
-// as isRegularFile would; when not, nothing is done and 0 returned. Cheaper than asking first.
-int copyFileIfPresent(const std::string& source, const std::string& destination, bool& isPresent);
+// The same, but a copy that fails half-way is removed: nobody takes a part for the whole.
+int copyWholeFile(const std::string& source, const std::string& destination);
+
+// copyWholeFile for a source that may be absent: `isPresent` tells whether it is a plain file that may be
+// read, as isRegularFile would; when not, nothing is done and 0 returned. Cheaper than asking first.
+int copyWholeFileIfPresent(const std::string& source, const std::string& destination, bool& isPresent);
 
 // Returns 0, or 1 when the file is not there, cannot be removed, or is one of several in its folder
 // whose names are equal ignoring case (none of them is removed then).
@@ -105,40 +114,5 @@ int deleteFile(const std::string& path);
 int openDirectory(const std::string& path, DirectoryListing*& handle);
 int readDirectory(DirectoryListing* handle, std::string& name);
 int closeDirectory(DirectoryListing* handle);
-
-// Removes an empty folder. Returns 0, or 1 when that cannot be done.
-int removeDirectory(const std::string& path);
-
-// Gives back the memory of what is remembered of folders; a conversion does so at its end.
-void forgetFolders();
-
-// As long as one of these lives, files can be changed although they have been stopped before: to take away
-// what must not stay when a run ends.
-class AfterStop {
-public:
-    AfterStop();
-    ~AfterStop();
-    AfterStop(const AfterStop&) = delete;
-    AfterStop& operator=(const AfterStop&) = delete;
-
-private:
-    bool wasStopped_;
-};
-
-// What is remembered of folders is not locked. A thread that makes files beside another has one of these as
-// long as it does, made and ended in that thread: it then remembers for itself.
-class OwnFolders {
-public:
-    OwnFolders();
-    ~OwnFolders();
-    OwnFolders(const OwnFolders&) = delete;
-    OwnFolders& operator=(const OwnFolders&) = delete;
-
-    // Whether there was memory for it; if not, the thread must not touch the disk.
-    bool isReady() const { return isReady_; }
-
-private:
-    bool isReady_;
-};
 
 }  // namespace tvxconv::fsutil

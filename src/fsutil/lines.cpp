@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
@@ -11,6 +12,7 @@ namespace tvxconv::fsutil {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr unsigned kPermissions = 0666;  // less the process's mask
 constexpr std::size_t kLeastBuffer = 4 * LineReader::kMostBytes;
 
 }  // namespace
@@ -34,7 +36,7 @@ int LineReader::open(const std::string& path) {
     if (platform::openForReading(path.c_str(), platform::FileMode::text, descriptor_, &status_) != 0) {
         return 1;
     }
-    // Most files fit into the buffer as a whole; one byte more and a single call finds the end.
+    // Most files fit into the buffer as a whole; with room for one byte more a single call finds the end.
     const auto fits = static_cast<std::size_t>(std::min<std::uint64_t>(status_.size, kBufferSize)) + 1;
     const std::size_t size = std::max(fits, kLeastBuffer);
     if (size > bufferSize_) {
@@ -54,12 +56,13 @@ void LineReader::openMemory(std::string_view text) {
 bool LineReader::fill() {
     if (ended_) return false;
     if (!rest_.empty()) std::memmove(buffer_.get(), rest_.data(), rest_.size());
-    const std::int64_t got =
-        platform::readSome(descriptor_, buffer_.get() + rest_.size(), bufferSize_ - rest_.size());
-    ended_ = got <= 0;
+    const std::size_t room = bufferSize_ - rest_.size();
+    const std::int64_t got = platform::readSome(descriptor_, buffer_.get() + rest_.size(), room);
     failed_ = got < 0;
-    rest_ = {buffer_.get(), rest_.size() + static_cast<std::size_t>(std::max<std::int64_t>(got, 0))};
-    return !ended_;
+    const std::size_t added = failed_ ? 0 : static_cast<std::size_t>(got);
+    ended_ = added < room;
+    rest_ = {buffer_.get(), rest_.size() + added};
+    return added > 0;
 }
 
 bool LineReader::next(std::string_view& line) {
@@ -99,11 +102,30 @@ int LineWriter::open(const std::string& path, const LineReader* source) {
     if (!isPathText(path)) return 1;
     const platform::FileStatus* guarded = source != nullptr ? &source->fileStatus() : nullptr;
     path_ = path;
-    constexpr unsigned kPermissions = 0666;
     if (platform::openForWriting(path.c_str(), platform::FileMode::text, kPermissions, guarded,
                                  descriptor_) != 0) {
         return 1;
     }
+    return 0;
+}
+
+int LineWriter::openReplacement(const std::string& path) {
+    close();
+    failed_ = false;
+    buffer_.clear();
+    if (!isPathText(path)) return 1;
+    const std::string place = platform::followLinks(path);
+    platform::FileStatus status;
+    const bool isThere = platform::getStatus(place.c_str(), status) == 0;
+    const bool isFile = status.kind == platform::FileKind::regular;
+    if (isThere && (!isFile || platform::checkAccess(place.c_str(), kWritable) != 0)) return 1;
+    const unsigned permissions = isThere ? status.permissions : kPermissions;
+    if (platform::openTemporaryBeside(place.c_str(), platform::FileMode::text, permissions, path_,
+                                      descriptor_) != 0) {
+        return isThere ? open(place) : 1;  // the folder takes no new names, but the file can be written
+    }
+    if (isThere) platform::setPermissions(path_.c_str(), permissions);  // those that the process's mask took
+    target_ = place;
     return 0;
 }
 
@@ -131,7 +153,9 @@ int LineWriter::close() {
     flush();
     if (platform::closeFile(descriptor_) != 0) failed_ = true;
     descriptor_ = -1;
-    if (failed_) deleteFile(path_);
+    const std::string target = std::exchange(target_, {});
+    if (!failed_ && !target.empty()) failed_ = platform::replaceFile(path_.c_str(), target.c_str()) != 0;
+    if (failed_) platform::removeOpened(path_.c_str());
     return failed_ ? 1 : 0;
 }
 

@@ -72,6 +72,12 @@ public:
     // `source` reads.
     int open(const std::string& path, const LineReader* source = nullptr);
 
+    // Begins a file that takes the place of the one at `path`, if there is one, when it is closed as a whole:
+    // until then, and on any failure, the old file stays as it is. The new file keeps the old one's
+    // permission bits; a symbolic link is followed. Returns 0, or 1 when the file or its folder may not be
+    // written.
+    int openReplacement(const std::string& path);
+
     // Adds bytes as they are.
     void write(std::string_view text);
 
@@ -91,6 +97,7 @@ private:
     int descriptor_ = -1;
     bool failed_ = false;
     std::string path_;
+    std::string target_;  // the place that the file takes when it is whole; empty for its own
     std::string buffer_;
 };
 

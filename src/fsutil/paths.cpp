@@ -14,16 +14,6 @@ constexpr const char* kSeparators = "/\\";
 constexpr std::string_view kMarkerExtension = "mrk";
 constexpr std::string_view kDefaultMarkerTail = "default.mrk";
 
-std::string withForwardSlashes(std::string path) {
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
-}
-
-std::string inLowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), lowerCase);
-    return text;
-}
-
 // Paths are compared without regard to letter case and to the kind of slash.
 bool isSamePathByte(char a, char b) {
     return lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
@@ -39,19 +29,34 @@ std::size_t defaultMarkerDash(const std::string& name) {
 
 }  // namespace
 
+std::string toForwardSlashes(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+std::string toBackslashes(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+}
+
+std::string toLowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), lowerCase);
+    return text;
+}
+
 std::uint32_t toForwardSlashes(const std::string& path, std::string& out) {
-    out = withForwardSlashes(path);
+    out = toForwardSlashes(path);
     return 0;
 }
 
 std::uint32_t toLowerCase(const std::string& text, std::string& out) {
-    out = inLowerCase(text);
+    out = toLowerCase(text);
     return 0;
 }
 
 std::uint32_t makeExplicitRelative(std::string& path, bool& isRelative) {
     isRelative = false;
-    std::string slashed = withForwardSlashes(path);
+    std::string slashed = toForwardSlashes(path);
     if (slashed.size() >= 3) {
         if (slashed.starts_with("//")) return 0;
         if (slashed.starts_with("./") || slashed.starts_with("../")) {
@@ -83,7 +88,7 @@ std::uint32_t relativeToFolder(const std::string& path, const std::string& folde
         folder.empty();
     std::string result;
     const bool isLonger = found && cut <= path.size();
-    if (isLonger) result = withForwardSlashes("./" + path.substr(cut));
+    if (isLonger) result = toForwardSlashes("./" + path.substr(cut));
     out = std::move(result);
     return isLonger ? 0 : 1;
 }
@@ -95,8 +100,8 @@ bool isBelowFolder(const std::string& path, const std::string& folder) {
 }
 
 std::uint32_t resolveRelative(const std::string& rel, const std::string& base, std::string& out) {
-    std::string reference = withForwardSlashes(rel);
-    std::string folder = withForwardSlashes(base);
+    std::string reference = toForwardSlashes(rel);
+    std::string folder = toForwardSlashes(base);
     out.clear();
     bool isRelative = false;
     makeExplicitRelative(reference, isRelative);
@@ -171,9 +176,39 @@ std::uint32_t baseNameOf(const std::string& name, std::string& out) {
     return 0;
 }
 
-std::string withBackslashes(std::string path) {
-    std::replace(path.begin(), path.end(), '/', '\\');
-    return path;
+std::string fileNameOf(const std::string& path) {
+    std::string name;
+    fileNameOf(path, name);
+    return name;
+}
+
+std::string folderOf(const std::string& path) {
+    std::string folder;
+    folderOf(path, folder);
+    return folder;
+}
+
+std::string extensionOf(const std::string& name) {
+    std::string extension;
+    extensionOf(name, extension);
+    return extension;
+}
+
+std::string baseNameOf(const std::string& name) {
+    std::string base;
+    baseNameOf(name, base);
+    return base;
+}
+
+Reference::Reference(const std::string& written) : path_(toForwardSlashes(written)) {
+    isBare_ = path_.find('/') == std::string::npos;
+    normaliseReference(path_, isRelative_);
+}
+
+bool Reference::resolve(const std::string& folder, std::string& file) const {
+    if (isRelative_) return resolveRelative(path_, folder, file) == 0;
+    file = path_;
+    return true;
 }
 
 }  // namespace tvxconv::fsutil

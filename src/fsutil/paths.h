@@ -73,7 +73,38 @@ std::uint32_t extensionOf(const std::string& name, std::string& out);
 // "-". Returns 0, or 1 with the whole name where it has no ".".
 std::uint32_t baseNameOf(const std::string& name, std::string& out);
 
-// `path` with every "/" turned into "\", the form in which project and profile files write it.
-std::string withBackslashes(std::string path);
+// --- the same with the answer as the result, where the status does not matter ---
+
+std::string toForwardSlashes(std::string path);
+// Every "/" turned into "\", the form in which project and profile files write paths.
+std::string toBackslashes(std::string path);
+std::string toLowerCase(std::string text);
+std::string fileNameOf(const std::string& path);
+std::string folderOf(const std::string& path);
+std::string extensionOf(const std::string& name);
+std::string baseNameOf(const std::string& name);
+
+// A path as a project names a file by it, in one form: forward slashes, and "./" or "../" before a relative
+// one. What counts as relative, and what stays as it is, is told at normaliseReference.
+class Reference {
+public:
+    // `written` has slashes of either kind.
+    explicit Reference(const std::string& written);
+
+    const std::string& path() const { return path_; }
+    bool isRelative() const { return isRelative_; }
+    bool isBare() const { return isBare_; }  // written without a folder
+    bool goesUp() const { return isRelative_ && path_.starts_with("../"); }
+    std::string fileName() const { return fileNameOf(path_); }
+
+    // Where the file is, seen from `folder`: see resolveRelative. An absolute path is its own answer. False,
+    // with `file` empty, when it cannot be told.
+    bool resolve(const std::string& folder, std::string& file) const;
+
+private:
+    std::string path_;
+    bool isRelative_ = false;
+    bool isBare_ = false;
+};
 
 }  // namespace tvxconv::fsutil

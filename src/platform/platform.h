@@ -19,9 +19,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <functional>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tvxconv::platform {
@@ -31,27 +30,26 @@ enum class FileKind { none, regular, folder, other };
 struct FileStatus {
     FileKind kind = FileKind::none;
     unsigned permissions = 0;  // the nine permission bits, as in octal 0644
-    std::uint64_t owner = 0;   // the owning user's number, where the system has such
     std::uint64_t size = 0;    // bytes
     std::uint64_t volume = 0;  // volume and number together tell two files apart
     std::uint64_t number = 0;
-    std::int64_t changedAt = 0;  // when the content was last changed, in seconds since 1970
+    std::int64_t changedAt = 0;          // when the content was last changed, in seconds since 1970
+    std::int32_t changedAtFraction = 0;  // and nanoseconds
 };
 
 // Whether the two are one file on disk, under whatever names.
 bool isSameFile(const FileStatus& a, const FileStatus& b);
 
-// Whether the user owns the file, so that the owner's permission bits say what the user may do.
-bool isOwnFile(const FileStatus& status);
-
 // What the path names, links followed. On failure `status` is that of no file.
 int getStatus(const char* path, FileStatus& status);
 int getStatus(int descriptor, FileStatus& status);
 
-// The path by which the system itself finds the file or folder: where letter case counts, `path` as it is
-// spelled on disk. `path` itself when nothing is there. Looking up many files of one folder is cheaper by
-// this.
+// Returns `path` with each component spelled as on disk, or `path` unchanged if it does not exist.
 std::string pathOnDisk(const std::string& path);
+
+// The path of the file that a symbolic link leads to, as spelled on disk. `path` itself, as spelled on disk,
+// when it is no link or leads nowhere.
+std::string followLinks(const std::string& path);
 
 // The runtime's access test: 0 existence, 2 write, 4 read.
 int checkAccess(const char* path, int mode);
@@ -81,14 +79,21 @@ int removeFolder(const char* path);
 // byte), "." and ".." first. On failure `names` is empty.
 int listFolder(const char* path, std::vector<std::string>& names);
 
-// Gives back the memory that holds the names of folders looked at lately. They are read anew when needed.
-void forgetFolders();
+// While one of these lives, the names of a folder that has to be searched are read once and kept, instead of
+// read again for each file; see folderIndex.h. What others change in such a folder meanwhile may not be seen.
+// An operation that looks for many files has one on its stack; the outermost one counts. Not locked: the
+// functions of this header are for one thread at a time.
+class RememberedFolders {
+public:
+    RememberedFolders();
+    ~RememberedFolders();
+    RememberedFolders(const RememberedFolders&) = delete;
+    RememberedFolders& operator=(const RememberedFolders&) = delete;
 
-// What is known of folders is not locked. A thread that makes files beside another has its own knowledge from
-// the first of these calls to the second: what the other one changes it sees as it sees anybody's changes.
-// Returns 0, or an error when there is no memory.
-int beginOwnFolders();
-void endOwnFolders();
+private:
+    struct Index;
+    std::unique_ptr<Index> index_;
+};
 
 // --- files ---
 
@@ -110,8 +115,10 @@ int openForWriting(const char* path, FileMode mode, unsigned permissions, const 
 // descriptor. Null where there is no memory for it; the descriptor is closed then, too.
 std::FILE* readingStream(int descriptor);
 
-// Makes a new file in the folder of `path`, with a name of its own, open for binary writing.
-int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor);
+// Makes a new file in the folder of `path`, under a name that no other file has, open for writing.
+// `permissions` as with openForWriting.
+int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, std::string& temporary,
+                        int& descriptor);
 
 // The bytes read or written, fewer than asked for where the file or the disk ends; -1 on failure.
 std::int64_t readSome(int descriptor, void* buffer, std::size_t size);
@@ -121,6 +128,9 @@ std::int64_t writeSome(int descriptor, const void* data, std::size_t size);
 // end of the file and where the system cannot do it (the caller reads on to tell the two apart); -1
 // on failure of either file.
 std::int64_t copySome(int from, int to, std::size_t size);
+
+// Gives an open file the change time of another one.
+int setChangeTime(int descriptor, const FileStatus& status);
 
 // Waits until what was written has reached the disk.
 int flushToDisk(int descriptor);
@@ -139,6 +149,9 @@ int setPermissions(const char* path, unsigned permissions);
 // spelling must not lose the wrong file.
 int removeFile(const char* path);
 
+// Removes the file that openForWriting has opened under this path, whatever other names its folder holds.
+int removeOpened(const char* path);
+
 // Puts the file `from` in the place of `to`, whether or not `to` exists; both are on one volume.
 // On failure both are as they were.
 int replaceFile(const char* from, const char* to);
@@ -146,13 +159,6 @@ int replaceFile(const char* from, const char* to);
 // Makes `to` a second name of the file `from`. Fails where `to` exists and where the file system
 // has no such names.
 int linkFile(const char* from, const char* to);
-
-// --- threads ---
-
-// Starts a thread that does `work`, which throws nothing. The signals that somebody sends to the process are
-// left to its other threads: a handler does not run in one that it knows nothing of. False when there is no
-// thread to be had; `thread` is as it was then.
-bool startThread(std::thread& thread, std::function<void()> work);
 
 // --- stopping ---
 
@@ -165,7 +171,8 @@ bool resumeFiles();
 // For a program, at its start: large pieces of memory go back to the system as soon as they are free.
 void keepNoFreeMemory();
 
-// How many files openForWriting has opened since the program or library was loaded; any thread may ask.
+// How many files openForWriting has opened since the program or library was loaded. May be called on any
+// thread.
 std::uint64_t filesWritten();
 
 // --- modules, signals, terminal ---
@@ -183,6 +190,18 @@ void* findSymbol(void* module, const char* name);
 // reader that goes away shows as a failed write and no longer ends the program.
 void onInterrupt(void (*handler)());
 
+// For a program, at its start: a file that reaches the limit of the process on sizes of files shows as a
+// failed write and does not end the program.
+void keepGoingAtSizeLimit();
+
 bool isTerminal(int descriptor);
+
+// --- text ---
+
+// Texts in the code page of the host, in which paths are, as UTF-8 and back. Where the host's is UTF-8 the
+// bytes stay as they are and are not checked. False, with `to` empty, for a text that has no form on the
+// other side.
+bool toUtf8(const std::string& from, std::string& to);
+bool fromUtf8(const std::string& from, std::string& to);
 
 }  // namespace tvxconv::platform

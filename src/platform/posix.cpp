@@ -14,13 +14,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <memory>
 #include <string_view>
 #include <utility>
 
+#include "platform/folderIndex.h"
 #include "platform/platform.h"
-#include "platform/posixNames.h"
 
 namespace tvxconv::platform {
 namespace {
@@ -33,15 +32,21 @@ static_assert(std::atomic<bool>::is_always_lock_free, "stopFiles is called from 
 // system without letter case would take. `call` returns -1 with errno set, as the calls do.
 template <class Call>
 int onExisting(const char* path, Call call) {
-    int result = call(path);
+    const int result = call(path);
     if (result != -1 || errno != ENOENT) return result;
-    std::string actual;
-    if (findOtherSpelling(path, actual)) {
-        result = call(actual.c_str());
-    } else {
-        errno = ENOENT;
-    }
-    return result;
+    const std::string actual = findSpellings(path).existing();
+    if (!actual.empty() && actual != path) return call(actual.c_str());
+    errno = ENOENT;
+    return -1;
+}
+
+// Where a new entry called `path` belongs: under the name of its twin in another case if there is one, else
+// as spelled. As spelled, too, where there is no such folder.
+std::string placeForNew(const char* path) {
+    const Spellings found = findSpellings(path);
+    if (!found.hasFolder) return path;
+    const std::string existing = found.existing();
+    return existing.empty() ? found.asAsked : existing;
 }
 
 int errorOf(int result) {
@@ -54,11 +59,11 @@ FileStatus statusFrom(const struct stat& status) {
                   : S_ISDIR(status.st_mode) ? FileKind::folder
                                             : FileKind::other;
     result.permissions = status.st_mode & 0777U;
-    result.owner = status.st_uid;
     result.size = static_cast<std::uint64_t>(status.st_size);
     result.volume = status.st_dev;
     result.number = status.st_ino;
     result.changedAt = status.st_mtime;
+    result.changedAtFraction = static_cast<std::int32_t>(status.st_mtim.tv_nsec);
     return result;
 }
 
@@ -89,17 +94,16 @@ std::string folderOfThisCode() {
     return path;
 }
 
-// Reading a file for the first time in a while makes the system write down when. Nobody asks for that of the
-// old files of a project, and it is a tenth of the work where there are many. Only the owner may leave it
-// out.
+// Leaves the access time of the file alone: updating those of the old files is a tenth of the work where
+// there are many. Only the owner may ask for that.
 int openWithoutTrace(const char* path) {
-    static std::atomic<bool> mayLeaveOut{true};
-    if (mayLeaveOut) {
+    static bool mayAsk = true;
+    if (mayAsk) {
         const int file = open(path, O_RDONLY | O_NOATIME | kOpenFlags);
         if (file != -1 || errno != EPERM) return file;
     }
     const int file = open(path, O_RDONLY | kOpenFlags);
-    if (file != -1) mayLeaveOut = false;
+    if (file != -1) mayAsk = false;
     return file;
 }
 
@@ -107,14 +111,6 @@ int openWithoutTrace(const char* path) {
 
 bool isSameFile(const FileStatus& a, const FileStatus& b) {
     return a.kind != FileKind::none && a.volume == b.volume && a.number == b.number;
-}
-
-bool isOwnFile(const FileStatus& status) {
-    uid_t real = 0;
-    uid_t effective = 0;
-    uid_t saved = 0;
-    return status.kind != FileKind::none && getresuid(&real, &effective, &saved) == 0 && real == effective &&
-           effective == status.owner;
 }
 
 int getStatus(const char* path, FileStatus& status) {
@@ -131,6 +127,14 @@ int getStatus(int descriptor, FileStatus& status) {
     const int result = fstat(descriptor, &found);
     if (result == 0) status = statusFrom(found);
     return errorOf(result);
+}
+
+std::string followLinks(const std::string& path) {
+    struct stat status {};
+    const std::string actual = pathOnDisk(path);
+    if (lstat(actual.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return actual;
+    const std::unique_ptr<char, void (*)(void*)> target(realpath(actual.c_str(), nullptr), std::free);
+    return target != nullptr ? target.get() : actual;
 }
 
 std::string pathOnDisk(const std::string& path) {
@@ -184,8 +188,7 @@ std::string temporaryFolder() {
 
 int makeFolder(const char* path) {
     if (stopped) return ECANCELED;
-    std::string actual;
-    if (!findPlaceForNew(path, actual)) actual = path;
+    const std::string actual = placeForNew(path);
     const int error = errorOf(mkdir(actual.c_str(), 0777));
     if (error == 0) noteMade(actual);
     return error;
@@ -198,7 +201,7 @@ int removeFolder(const char* path) {
         removed = actual;
         return rmdir(actual);
     }));
-    if (error == 0) noteChangeUnseen(removed);
+    if (error == 0) noteRemoved(removed);
     return error;
 }
 
@@ -243,18 +246,26 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
     descriptor = -1;
     if (stopped) return ECANCELED;
     int file = -1;
-    std::string actual;
-    bool isNew = false;
-    if (!isInFolderAskedLast(path)) {
+    if (!isFolderKnown(path)) {
         file = open(path, O_WRONLY | kOpenFlags);
         if (file == -1 && errno != ENOENT) return errno;
     }
+    std::string actual;
+    bool isNew = false;
     if (file == -1) {
-        if (!findPlaceForNew(path, actual, &isNew)) return ENOENT;
+        const Spellings found = findSpellings(path);
+        if (!found.hasFolder) return ENOENT;
+        actual = found.existing();
+        if (actual.empty()) {
+            actual = found.asAsked;
+            file = open(actual.c_str(), O_WRONLY | O_CREAT | O_EXCL | kOpenFlags, permissions);
+            isNew = file != -1;
+            if (!isNew && errno != EEXIST) return errno;
+        }
         // A file that is there is opened without the flag: some systems refuse it for another user's file.
-        file = open(actual.c_str(), O_WRONLY | (isNew ? O_CREAT : 0) | kOpenFlags, permissions);
+        if (!isNew) file = open(actual.c_str(), O_WRONLY | kOpenFlags);
         // A link that leads nowhere yet.
-        if (file == -1 && errno == ENOENT && !isNew) {
+        if (file == -1 && errno == ENOENT) {
             file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
         }
         if (file == -1) return errno;
@@ -281,21 +292,31 @@ std::FILE* readingStream(int descriptor) {
     return stream;
 }
 
-int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor) {
+int openTemporaryBeside(const char* path, FileMode, unsigned permissions, std::string& temporary,
+                        int& descriptor) {
+    static unsigned count = 0;
     temporary.clear();
     descriptor = -1;
     if (stopped) return ECANCELED;
     std::string place = path;
     struct stat status {};
-    // What is there as spelled needs no look at all the names of its folder.
-    if (stat(path, &status) != 0 && !findPlaceForNew(path, place)) return ENOENT;
-    place += ".XXXXXX";
-    const int opened = mkostemp(place.data(), O_CLOEXEC);
-    if (opened == -1) return errno;
-    noteMade(place);
-    temporary = std::move(place);
-    descriptor = opened;
-    return 0;
+    if (lstat(path, &status) != 0) place = placeForNew(path);
+    place.resize(place.rfind('/') + 1);
+    // A short name, since that of the file may be as long as names can be. It can only be taken by what an
+    // earlier process of this number has left.
+    place += ".tvxconv-" + std::to_string(getpid()) + '-';
+    for (int attempt = 0; attempt < 1000; ++attempt) {
+        const std::string name = place + std::to_string(count++);
+        const int opened = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | kOpenFlags, permissions);
+        if (opened != -1) {
+            noteMade(name);
+            temporary = name;
+            descriptor = opened;
+            return 0;
+        }
+        if (errno != EEXIST) return errno;
+    }
+    return EEXIST;
 }
 
 std::int64_t readSome(int descriptor, void* buffer, std::size_t size) {
@@ -349,6 +370,11 @@ std::int64_t copySome(int from, int to, std::size_t size) {
     }
 }
 
+int setChangeTime(int descriptor, const FileStatus& status) {
+    const timespec times[] = {{0, UTIME_OMIT}, {status.changedAt, status.changedAtFraction}};
+    return errorOf(futimens(descriptor, times));
+}
+
 int flushToDisk(int descriptor) {
     return errorOf(fsync(descriptor));
 }
@@ -373,26 +399,37 @@ int setPermissions(const char* path, unsigned permissions) {
 
 int removeFile(const char* path) {
     if (stopped) return ECANCELED;
-    std::string actual;
-    const int spellings = countSpellings(path, actual);
-    if (spellings > 1) return ENOTUNIQ;
-    if (spellings == 0) actual = path;  // gone, or in a folder that may not be listed
+    const Spellings found = findSpellings(path);
+    if (found.count > 1) return ENOTUNIQ;
+    const std::string existing = found.existing();
+    const std::string actual = existing.empty() ? path : existing;  // empty: it is gone
     const int error = errorOf(unlink(actual.c_str()));
     if (error == 0) noteRemoved(actual);
     return error;
 }
 
+int removeOpened(const char* path) {
+    if (stopped) return ECANCELED;
+    std::string removed = path;
+    const int error = errorOf(onExisting(path, [&](const char* actual) {
+        removed = actual;
+        return unlink(actual);
+    }));
+    if (error == 0) noteRemoved(removed);
+    return error;
+}
+
 int replaceFile(const char* from, const char* to) {
     if (stopped) return ECANCELED;
-    std::string actual;
-    if (!findPlaceForNew(to, actual)) actual = to;
+    struct stat status {};
+    const std::string actual = lstat(to, &status) == 0 ? to : placeForNew(to);
     std::string moved = from;
     const int error = errorOf(onExisting(from, [&](const char* actualFrom) {
         moved = actualFrom;
         return std::rename(actualFrom, actual.c_str());
     }));
     if (error == 0) {
-        noteChangeUnseen(moved);
+        noteRemoved(moved);
         noteMade(actual);
     }
     return error;
@@ -400,30 +437,11 @@ int replaceFile(const char* from, const char* to) {
 
 int linkFile(const char* from, const char* to) {
     if (stopped) return ECANCELED;
-    std::string actual;
-    if (!findPlaceForNew(to, actual)) actual = to;
+    const std::string actual = placeForNew(to);
     const int error =
         errorOf(onExisting(from, [&](const char* actualFrom) { return link(actualFrom, actual.c_str()); }));
     if (error == 0) noteMade(actual);
     return error;
-}
-
-bool startThread(std::thread& thread, std::function<void()> work) {
-    // A thread begins with the mask of the one that starts it. Faults of its own still end the process as
-    // usual.
-    sigset_t blocked;
-    sigset_t before;
-    sigfillset(&blocked);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT}) sigdelset(&blocked, fault);
-    pthread_sigmask(SIG_SETMASK, &blocked, &before);
-    bool isStarted = true;
-    try {
-        thread = std::thread(std::move(work));
-    } catch (const std::exception&) {  // no thread, or no memory for one
-        isStarted = false;
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return isStarted;
 }
 
 void stopFiles() {
@@ -466,8 +484,22 @@ void onInterrupt(void (*handler)()) {
     signal(SIGPIPE, SIG_IGN);
 }
 
+void keepGoingAtSizeLimit() {
+    signal(SIGXFSZ, SIG_IGN);
+}
+
 bool isTerminal(int descriptor) {
     return isatty(descriptor) == 1;
+}
+
+bool toUtf8(const std::string& from, std::string& to) {
+    to = from;
+    return true;
+}
+
+bool fromUtf8(const std::string& from, std::string& to) {
+    to = from;
+    return true;
 }
 
 }  // namespace tvxconv::platform

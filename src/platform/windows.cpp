@@ -20,7 +20,6 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <exception>
 #include <string_view>
 
 namespace tvxconv::platform {
@@ -114,6 +113,10 @@ int runtimePermissions(unsigned permissions) {
     return (permissions & 0200U) != 0 ? _S_IREAD | _S_IWRITE : _S_IREAD;
 }
 
+// The system counts tenths of a microsecond since 1601.
+constexpr std::int64_t kFrom1601To1970 = 11644473600;
+constexpr std::uint64_t kTicks = 10000000;
+
 int statusOf(HANDLE handle, FileStatus& status) {
     SetLastError(NO_ERROR);
     const DWORD type = GetFileType(handle);
@@ -132,11 +135,10 @@ int statusOf(HANDLE handle, FileStatus& status) {
     status.size = std::uint64_t{found.nFileSizeHigh} << 32U | found.nFileSizeLow;
     status.volume = found.dwVolumeSerialNumber;
     status.number = std::uint64_t{found.nFileIndexHigh} << 32U | found.nFileIndexLow;
-    // The system counts tenths of a microsecond since 1601.
-    constexpr std::int64_t kFrom1601To1970 = 11644473600;
     const std::uint64_t changedAt =
         std::uint64_t{found.ftLastWriteTime.dwHighDateTime} << 32U | found.ftLastWriteTime.dwLowDateTime;
-    status.changedAt = static_cast<std::int64_t>(changedAt / 10000000) - kFrom1601To1970;
+    status.changedAt = static_cast<std::int64_t>(changedAt / kTicks) - kFrom1601To1970;
+    status.changedAtFraction = static_cast<std::int32_t>(changedAt % kTicks * 100);
     return 0;
 }
 
@@ -201,10 +203,6 @@ bool isSameFile(const FileStatus& a, const FileStatus& b) {
     return a.kind != FileKind::none && a.number != 0 && a.volume == b.volume && a.number == b.number;
 }
 
-bool isOwnFile(const FileStatus&) {
-    return false;  // the access lists say more than permission bits do
-}
-
 int getStatus(const char* path, FileStatus& status) {
     status = FileStatus();
     // No access is asked for, so a file that another program has locked answers too; the flag lets
@@ -222,6 +220,27 @@ int getStatus(int descriptor, FileStatus& status) {
     if (!canBeDescriptor(descriptor)) return errno;
     const std::intptr_t handle = _get_osfhandle(descriptor);
     return handle == -1 ? EBADF : statusOf(reinterpret_cast<HANDLE>(handle), status);
+}
+
+std::string followLinks(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return path;
+    const HANDLE handle = CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return path;
+    char target[MAX_PATH + 8];
+    const DWORD length = GetFinalPathNameByHandleA(handle, target, sizeof target, FILE_NAME_NORMALIZED);
+    CloseHandle(handle);
+    if (length == 0 || length >= sizeof target) return path;
+    std::string result(target, length);
+    // The system marks such paths as long ones: \\?\C:\x, \\?\UNC\machine\x.
+    if (result.starts_with("\\\\?\\UNC\\")) {
+        result.replace(0, 8, "\\\\");
+    } else if (result.starts_with("\\\\?\\")) {
+        result.erase(0, 4);
+    }
+    return result;
 }
 
 std::string pathOnDisk(const std::string& path) {
@@ -306,12 +325,10 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
-// None are remembered.
-void forgetFolders() {}
-int beginOwnFolders() {
-    return 0;
-}
-void endOwnFolders() {}
+// The system finds names in any case by itself: none are remembered.
+struct RememberedFolders::Index {};
+RememberedFolders::RememberedFolders() = default;
+RememberedFolders::~RememberedFolders() = default;
 
 int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus* opened) {
     descriptor = -1;
@@ -351,17 +368,21 @@ std::FILE* readingStream(int descriptor) {
     return stream;
 }
 
-int openTemporaryBeside(const char* path, std::string& temporary, int& descriptor) {
-    static std::atomic<unsigned> count{0};
+int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, std::string& temporary,
+                        int& descriptor) {
+    static unsigned count = 0;
     temporary.clear();
     descriptor = -1;
     if (isStopped()) return ECANCELED;
-    // Names can only be taken already by an earlier process of the same number that was cut short.
-    const std::string stem = std::string(path) + '.' + std::to_string(GetCurrentProcessId()) + '-';
+    std::string place = withForwardSlashes(path);
+    place.resize(place.rfind('/') + 1);
+    // A short name, since that of the file may be as long as names can be. It can only be taken by what an
+    // earlier process of this number has left.
+    place += ".tvxconv-" + std::to_string(GetCurrentProcessId()) + '-';
     for (int attempt = 0; attempt < 1000; ++attempt) {
-        const std::string name = stem + std::to_string(count++);
-        const int opened = _open(name.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | runtimeMode(FileMode::binary),
-                                 _S_IREAD | _S_IWRITE);
+        const std::string name = place + std::to_string(count++);
+        const int opened = _open(name.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | runtimeMode(mode),
+                                 runtimePermissions(permissions));
         if (opened != -1) {
             temporary = name;
             descriptor = opened;
@@ -406,6 +427,15 @@ std::int64_t copySome(int, int, std::size_t) {
     return isStopped() ? -1 : 0;  // the system copies by name only, not between open files
 }
 
+int setChangeTime(int descriptor, const FileStatus& status) {
+    if (!canBeDescriptor(descriptor)) return EBADF;
+    const std::uint64_t ticks = static_cast<std::uint64_t>(status.changedAt + kFrom1601To1970) * kTicks +
+                                static_cast<std::uint64_t>(status.changedAtFraction) / 100;
+    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+    return errorOfCall(SetFileTime(handle, nullptr, nullptr, &time));
+}
+
 int flushToDisk(int descriptor) {
     return canBeDescriptor(descriptor) ? errorOf(_commit(descriptor)) : EBADF;
 }
@@ -429,6 +459,10 @@ int removeFile(const char* path) {
     return errorOf(_unlink(path));
 }
 
+int removeOpened(const char* path) {
+    return removeFile(path);
+}
+
 int replaceFile(const char* from, const char* to) {
     if (isStopped()) return ECANCELED;
     return errorOfCall(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING));  // rename refuses an existing file
@@ -437,16 +471,6 @@ int replaceFile(const char* from, const char* to) {
 int linkFile(const char* from, const char* to) {
     if (isStopped()) return ECANCELED;
     return errorOfCall(CreateHardLinkA(to, from, nullptr));
-}
-
-bool startThread(std::thread& thread, std::function<void()> work) {
-    // What a console sends comes in a thread of the system's own.
-    try {
-        thread = std::thread(std::move(work));
-        return true;
-    } catch (const std::exception&) {  // no thread, or no memory for one
-        return false;
-    }
 }
 
 void stopFiles() {
@@ -492,6 +516,43 @@ bool isTerminal(int descriptor) {
     if (!canBeDescriptor(descriptor) || !_isatty(descriptor)) return false;
     DWORD mode = 0;  // the null device passes for a terminal with the runtime, but has no console mode
     return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
+}
+
+void keepGoingAtSizeLimit() {}  // there is no such limit
+
+namespace {
+
+// From one code page to another, by way of the system's own characters. What has no form there is no
+// text: nothing is replaced by something that looks alike.
+bool convertText(UINT fromPage, const std::string& from, UINT toPage, std::string& to) {
+    to.clear();
+    if (from.empty()) return true;
+    const int size = static_cast<int>(from.size());
+    const int wideSize = MultiByteToWideChar(fromPage, MB_ERR_INVALID_CHARS, from.data(), size, nullptr, 0);
+    if (wideSize == 0) return false;
+    std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
+    MultiByteToWideChar(fromPage, MB_ERR_INVALID_CHARS, from.data(), size, wide.data(), wideSize);
+    // A host's own code page may be UTF-8, too.
+    const bool toUnicode = toPage == CP_UTF8 || GetACP() == CP_UTF8;
+    const DWORD flags = toUnicode ? WC_ERR_INVALID_CHARS : WC_NO_BEST_FIT_CHARS;
+    BOOL isReplaced = FALSE;
+    BOOL* const replaced = toUnicode ? nullptr : &isReplaced;
+    const int toSize =
+        WideCharToMultiByte(toPage, flags, wide.data(), wideSize, nullptr, 0, nullptr, replaced);
+    if (toSize == 0 || isReplaced) return false;
+    to.resize(static_cast<std::size_t>(toSize));
+    WideCharToMultiByte(toPage, flags, wide.data(), wideSize, to.data(), toSize, nullptr, nullptr);
+    return true;
+}
+
+}  // namespace
+
+bool toUtf8(const std::string& from, std::string& to) {
+    return convertText(CP_ACP, from, CP_UTF8, to);
+}
+
+bool fromUtf8(const std::string& from, std::string& to) {
+    return convertText(CP_UTF8, from, CP_ACP, to);
 }
 
 }  // namespace tvxconv::platform

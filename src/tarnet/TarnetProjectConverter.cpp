@@ -1,17 +1,18 @@
 #include "tarnet/TarnetProjectConverter.h"
 
-#include "converter/errors.h"
+#include "converter/guarded.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
-#include "interface/guard.h"
 
 namespace tvxconv {
 
 TarnetProjectConverter::TarnetProjectConverter(const char* libraryPath) : ProjectConverter(libraryPath) {}
 
 int TarnetProjectConverter::convert(int, const std::string&) {
-    const int status = guarded([&] { return convertLibrary(); });
-    fsutil::forgetFolders();
-    return status;
+    return guarded([&] {
+        const fsutil::RememberedFolders folders;
+        return convertLibrary();
+    });
 }
 
 int TarnetProjectConverter::getLibraryParentName(std::string& name) {

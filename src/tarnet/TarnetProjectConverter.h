@@ -13,7 +13,6 @@
 
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
@@ -59,16 +58,11 @@ public:
     // Makes the new view of the cell whose old view is the folder `cfgAnalogDirectory`. Returns 1 when the
     // path has no cell in it, or what relocateCellFiles returns.
     int convertCell(const std::string& cfgAnalogDirectory);
-    // Puts the cell's folders and its name into the object. Returns 0, or 1 as convertCell.
-    int enterCell(const std::string& cfgAnalogDirectory);
 
-    // --- classification.cpp ---
+    // --- layout.cpp ---
 
     // Appends the entries of the three lists above; returns 0.
     int classifyCellFiles();
-    // Where the new view of the cell has the file of the old view, relative to the view's folder. Returns 1,
-    // with `place` empty, for a file that has none.
-    int placeInNewView(const std::string& fileName, std::string& place) const;
 
     // --- relocation.cpp ---
 
@@ -76,10 +70,6 @@ public:
     // files; its error stays recorded, and the view is marked all the same. The status is that of making the
     // new view's folder or of its marker. An old view that cannot be listed is 0, with no marker.
     int relocateCellFiles();
-    // Its last two steps: moves the files of these names in their order, as far as none fails, and writes
-    // the marker, with its status.
-    void fillNewView(const std::vector<std::string>& fileNames);
-    int markNewView();
     // Copies a file of `sourceDirectory` into the new view under its own name.
     int copyUnchanged(const std::string& sourceDirectory, const std::string& fileName);
     // The same under the cell's name, rewriting netlist and optimizer file. A profile file ("sim") goes below
@@ -92,10 +82,7 @@ public:
     // Writes the file that marks the new view. It names the cell's netlist.
     int writeViewMasterTag(const std::string& path);
 
-    // Whether a file is there that another one names, wherever it lies.
-    bool isPresentReference(const std::string& file) const;
-
-    // --- profileFile.cpp, netlists.cpp, optimizerFile.cpp ---
+    // --- profileFile.cpp, netlist.cpp, deck.cpp, optimizerFile.cpp ---
     // Each writes a new file from an old one, its references rewritten. Statuses as with rewriteLines.
 
     // Writes `sourceDirectory`/`fileName` as `profilesDirectory`/`fileName`. The files that its "+" lines
@@ -114,30 +101,19 @@ public:
     int rewriteOptimizerFile(const std::string& sourcePath, const std::string& destinationPath,
                              const std::string& destinationDirectory);
 
-    // A converter of cells whose turn has not come cannot tell what new views will hold by then, and whether
-    // there will be room. With this set, fillNewView throws OutOfTurn where that matters: a reference leads
-    // into a new view, or a file that a profile names cannot be copied.
-    struct OutOfTurn {};
-    void setOutOfTurn(bool isOutOfTurn) { isOutOfTurn_ = isOutOfTurn; }
+    const std::string& cellName() const { return cellName_; }
 
 private:
-    void awaitTurn() const {
-        if (isOutOfTurn_) throw OutOfTurn();
-    }
+    friend class CellRelocation;
+
+    // The mode of every Tarnet conversion: the one that the listing asks for.
+    static constexpr int kLibraryMode = 1;
+
     // How a file of the old view comes into the new one.
     enum class Road { none, unchanged, cell, profile };
-    // The folders of the new view that are known to be there: each is asked about once in a walk.
-    using ReadyFolders = std::set<std::string>;
 
     int convertLibrary();
-    int convertCells(const std::vector<std::string>& names);
     Road roadOf(const std::string& fileName, const std::string& extension) const;
-    int relocate(const std::string& sourceDirectory, const std::string& fileName, ReadyFolders& ready);
-    int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
-                         const std::string& extension, ReadyFolders& ready);
-    int relocateProfileFile(const std::string& sourceDirectory, const std::string& fileName,
-                            const std::string& extension, ReadyFolders& ready);
-    int ensureProfileFolder(const std::string& profile, ReadyFolders& ready) const;
     void listCell(const std::string& cellFolder, std::vector<std::string>& lines) const;
     int relocateDesignProfile(const std::string& value, const std::string& destinationDirectory,
                               std::string& reference) const;
@@ -148,7 +124,6 @@ private:
     std::string cellName_;
     std::string libraryDirectory_;
     std::string libraryParentName_;
-    bool isOutOfTurn_ = false;
 };
 
 }  // namespace tvxconv

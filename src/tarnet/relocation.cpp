@@ -1,139 +1,121 @@
 // The relocation of one cell: the folders of its new view, the files that move without a change or with one
 // that another file of this folder makes, and the marker that makes the folder a view.
 
-#include "converter/errors.h"
+#include <set>
+
 #include "converter/fileSteps.h"
 #include "converter/folderNames.h"
-#include "converter/outputNames.h"
-#include "fsutil/files.h"
+#include "errors/errors.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/lines.h"
 #include "fsutil/paths.h"
 #include "tarnet/TarnetProjectConverter.h"
-#include "tarnet/views.h"
+#include "tarnet/layout.h"
 
 namespace tvxconv {
 
+using namespace tarnet;
+
+using fsutil::equalIgnoringCase;
+
+// Moves files of one cell. The folders of profiles are asked about once.
+class CellRelocation {
+public:
+    explicit CellRelocation(TarnetProjectConverter& converter)
+        : converter_(converter), newView_(converter.destinationDir()) {}
+
+    int relocate(const std::string& sourceDirectory, const std::string& fileName) {
+        using Road = TarnetProjectConverter::Road;
+        const std::string extension = fsutil::extensionOf(fileName);
+        switch (converter_.roadOf(fileName, extension)) {
+            case Road::unchanged:
+                return converter_.copyUnchanged(sourceDirectory, fileName);
+            case Road::cell:
+                return relocateCellFile(sourceDirectory, fileName, extension);
+            case Road::profile:
+                return relocateProfileFile(sourceDirectory, fileName, extension);
+            case Road::none:
+                break;
+        }
+        return 0;
+    }
+
+    int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
+                         const std::string& extension) {
+        const std::string& cell = converter_.cellName();
+        if (equalIgnoringCase(extension, kProfileFile)) {
+            const std::string profile = fsutil::baseNameOf(fileName);
+            if (const int status = ensureProfileFolder(profile); status != 0) return status;
+            return converter_.rewriteSimProfile(sourceDirectory, newView_ + "/" + kProfilesFolder, fileName,
+                                                profile, cell);
+        }
+        const std::string source = sourceDirectory + "/" + fileName;
+        const std::string destination = newView_ + "/" + newCellFileName(cell, extension);
+        if (equalIgnoringCase(extension, kNetlist))
+            return converter_.rewriteNetlist(source, destination, cell);
+        if (equalIgnoringCase(extension, kOptimizerFile)) {
+            return converter_.rewriteOptimizerFile(source, destination, newView_);
+        }
+        return copyFileOrReport(source, destination);
+    }
+
+    int relocateProfileFile(const std::string& sourceDirectory, const std::string& fileName,
+                            const std::string& extension) {
+        const std::string profile = fsutil::baseNameOf(fileName);
+        if (const int status = ensureProfileFolder(profile); status != 0) return status;
+        const std::string source = sourceDirectory + "/" + fileName;
+        const std::string destination =
+            newView_ + "/" + kProfilesFolder + "/" + profile + "/" + newProfileFileName(profile, extension);
+        if (equalIgnoringCase(extension, kOldDeckExtension)) {
+            return converter_.rewriteCircuitIncludes(sourceDirectory, source, destination);
+        }
+        return copyFileOrReport(source, destination);
+    }
+
+private:
+    int ensureProfileFolder(const std::string& profile) {
+        const std::string profiles = newView_ + "/" + kProfilesFolder;
+        for (const std::string& folder : {profiles, profiles + "/" + profile}) {
+            if (ready_.contains(folder)) continue;
+            if (const int status = ensureDirectoryOrReport(folder); status != 0) return status;
+            ready_.insert(folder);
+        }
+        return 0;
+    }
+
+    TarnetProjectConverter& converter_;
+    std::string newView_;
+    std::set<std::string> ready_;
+};
+
 int TarnetProjectConverter::relocateCellFiles() {
-    std::string newView;
-    std::string oldView;
-    getDestinationDir(newView);
-    if (const int status = ensureDirectoryOrReport(newView); status != 0) return status;
-    getProjectDir(oldView);
-    std::vector<std::string> names;
-    if (namesIn(oldView, names) != 0) return 0;
-    fillNewView(names);
-    return markNewView();
-}
-
-void TarnetProjectConverter::fillNewView(const std::vector<std::string>& fileNames) {
-    std::string oldView;
-    getProjectDir(oldView);
-    ReadyFolders ready;
-    for (const std::string& fileName : fileNames) {
-        if (relocate(oldView, fileName, ready) != 0) break;
-    }
-}
-
-int TarnetProjectConverter::markNewView() {
-    std::string newView;
-    getDestinationDir(newView);
-    return writeViewMasterTag(newView + "/" + kViewMarker);
-}
-
-int TarnetProjectConverter::relocate(const std::string& sourceDirectory, const std::string& fileName,
-                                     ReadyFolders& ready) {
-    std::string extension;
-    fsutil::extensionOf(fileName, extension);
-    switch (roadOf(fileName, extension)) {
-        case Road::unchanged:
-            return copyUnchanged(sourceDirectory, fileName);
-        case Road::cell:
-            return relocateCellFile(sourceDirectory, fileName, extension, ready);
-        case Road::profile:
-            return relocateProfileFile(sourceDirectory, fileName, extension, ready);
-        case Road::none:
-            break;
-    }
-    return 0;
+    if (const int status = ensureDirectoryOrReport(destinationDir()); status != 0) return status;
+    CellRelocation relocation(*this);
+    const int opened = forEachName(projectDir(), [&](const std::string& fileName) {
+        return relocation.relocate(projectDir(), fileName) == 0;
+    });
+    return opened == 0 ? writeViewMasterTag(destinationDir() + "/" + kViewMarker) : 0;
 }
 
 int TarnetProjectConverter::copyUnchanged(const std::string& sourceDirectory, const std::string& fileName) {
-    std::string newView;
-    getDestinationDir(newView);
-    return copyFileOrReport(sourceDirectory + "/" + fileName, newView + "/" + fileName);
+    return copyFileOrReport(sourceDirectory + "/" + fileName, destinationDir() + "/" + fileName);
 }
 
 int TarnetProjectConverter::relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
                                              const std::string& extension) {
-    ReadyFolders ready;
-    return relocateCellFile(sourceDirectory, fileName, extension, ready);
-}
-
-int TarnetProjectConverter::relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
-                                             const std::string& extension, ReadyFolders& ready) {
-    using fsutil::equalIgnoringCase;
-    std::string newView;
-    getDestinationDir(newView);
-    if (equalIgnoringCase(extension, kProfileFile)) {
-        std::string profile;
-        fsutil::baseNameOf(fileName, profile);
-        if (const int status = ensureProfileFolder(profile, ready); status != 0) return status;
-        return rewriteSimProfile(sourceDirectory, newView + "/" + kProfilesFolder, fileName, profile,
-                                 cellName_);
-    }
-    const std::string source = sourceDirectory + "/" + fileName;
-    const std::string destination = newView + "/" + newCellFileName(cellName_, extension);
-    if (equalIgnoringCase(extension, kNetlist)) return rewriteNetlist(source, destination, cellName_);
-    if (equalIgnoringCase(extension, kOptimizerFile))
-        return rewriteOptimizerFile(source, destination, newView);
-    return copyFileOrReport(source, destination);
+    return CellRelocation(*this).relocateCellFile(sourceDirectory, fileName, extension);
 }
 
 int TarnetProjectConverter::relocateProfileFile(const std::string& sourceDirectory,
                                                 const std::string& fileName, const std::string& extension) {
-    ReadyFolders ready;
-    return relocateProfileFile(sourceDirectory, fileName, extension, ready);
-}
-
-int TarnetProjectConverter::relocateProfileFile(const std::string& sourceDirectory,
-                                                const std::string& fileName, const std::string& extension,
-                                                ReadyFolders& ready) {
-    std::string profile;
-    fsutil::baseNameOf(fileName, profile);
-    if (const int status = ensureProfileFolder(profile, ready); status != 0) return status;
-    std::string newView;
-    getDestinationDir(newView);
-    const std::string source = sourceDirectory + "/" + fileName;
-    const std::string destination =
-        newView + "/" + kProfilesFolder + "/" + profile + "/" + newProfileFileName(profile, extension);
-    if (fsutil::equalIgnoringCase(extension, kOldDeckExtension)) {
-        return rewriteCircuitIncludes(sourceDirectory, source, destination);
-    }
-    return copyFileOrReport(source, destination);
-}
-
-int TarnetProjectConverter::ensureProfileFolder(const std::string& profile, ReadyFolders& ready) const {
-    std::string profiles;
-    getDestinationDir(profiles);
-    profiles.append("/").append(kProfilesFolder);
-    for (const std::string& folder : {profiles, profiles + "/" + profile}) {
-        if (ready.contains(folder)) continue;
-        if (const int status = ensureDirectoryOrReport(folder); status != 0) return status;
-        ready.insert(folder);
-    }
-    return 0;
-}
-
-bool TarnetProjectConverter::isPresentReference(const std::string& file) const {
-    if (liesInNewView(file)) awaitTurn();
-    return fsutil::isPresentFile(file);
+    return CellRelocation(*this).relocateProfileFile(sourceDirectory, fileName, extension);
 }
 
 int TarnetProjectConverter::writeViewMasterTag(const std::string& path) {
+    // In one piece: a view whose marker is there counts as converted.
     fsutil::LineWriter writer;
-    if (writer.open(path) != 0) return reportError(ERR_OPEN_FOR_WRITING, path);
-    writer.write(cellName_ + ".net");
+    if (writer.openReplacement(path) != 0) return reportError(ERR_OPEN_FOR_WRITING, path);
+    writer.write(newCellFileName(cellName_, kNetlist));
     return writer.close() == 0 ? 0 : reportError(ERR_OPEN_FOR_WRITING, path);
 }
 

@@ -2,14 +2,17 @@
 // and the report file.
 
 #include "converter/folderNames.h"
+#include "converter/guarded.h"
 #include "converter/structure.h"
 #include "fsutil/files.h"
 #include "fsutil/paths.h"
-#include "interface/guard.h"
 #include "tarnet/TarnetProjectConverter.h"
-#include "tarnet/views.h"
+#include "tarnet/layout.h"
 
 namespace tvxconv {
+
+using namespace tarnet;
+
 namespace {
 
 // Of the old view only these are listed.
@@ -33,10 +36,8 @@ void listFolders(const std::string& folder, int levels, std::vector<std::string>
 
 int TarnetProjectConverter::getNewStructure(std::vector<std::string>& lines) {
     return guarded([&] {
-        int mode = 0;
-        if (getMode(mode) != 0 || mode != 1) return 1;
-        std::string library;
-        fsutil::toForwardSlashes(libraryDirectory_, library);
+        if (mode() != kLibraryMode) return 1;
+        const std::string library = fsutil::toForwardSlashes(libraryDirectory_);
         forEachName(library, [&](const std::string& cell) {
             if (isCellName(cell)) listCell(library + "/" + cell, lines);
             return true;

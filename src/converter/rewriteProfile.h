@@ -1,4 +1,4 @@
-// profileFiles.h
+// rewriteProfile.h
 //
 // The frame of rewriting a simulation profile file: lines of a key and a quoted value, which name the design,
 // the deck, the data and output files, and numbered "+" lines that name further files. Which keys are looked
@@ -12,7 +12,6 @@
 #include <string_view>
 
 #include "converter/ProjectConverter.h"
-#include "fsutil/files.h"
 #include "fsutil/lines.h"
 
 namespace tvxconv {
@@ -44,16 +43,15 @@ struct ProfileRules {
     std::string netlist;
     // In the order of the tests.
     std::span<const ProfileKey> keys;
-    // Whether the file of a "+" line is there.
-    std::function<bool(const std::string& file)> isPresent = fsutil::isPresentFile;
     // What a recognised value becomes.
     std::function<std::string(ProfileValue kind, const std::string& oldValue)> newValue;
     // Brings an entry's file along and writes what becomes of its line.
     std::function<void(const ListEntry& entry, std::string_view line, fsutil::LineWriter& writer)> moveEntry;
 };
 
-// Writes the profile file at `oldPath` as `newPath`. Statuses as with rewriteLines.
-int rewriteProfileFile(const std::string& oldPath, const std::string& newPath, const ProfileRules& rules);
+// Writes the profile file at `oldPath` as `newPath`. Statuses as with rewriteLinesIfPresent.
+int rewriteProfileIfPresent(const std::string& oldPath, const std::string& newPath, const ProfileRules& rules,
+                            bool& isPresent);
 
 // The new form of a data or output file that a profile file names. `fileBase` is the profile file's name
 // before its first ".", `profile` the name of the profile, after which its moved outputs are called. A file

@@ -1,4 +1,4 @@
-#include "converter/outputNames.h"
+#include "converter/outputExtension.h"
 
 #include "fsutil/letterCase.h"
 

@@ -1,4 +1,4 @@
-// outputNames.h
+// outputExtension.h
 //
 // What the outputs of a profile are called in the new layout.
 

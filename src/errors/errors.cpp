@@ -1,4 +1,4 @@
-#include "converter/errors.h"
+#include "errors/errors.h"
 
 #include <iterator>
 #include <utility>
@@ -28,16 +28,12 @@ static_assert(std::size(kMessages) == ERR_DESTINATION_EXISTS - kFirstCode + 1);
 struct LastError {
     int code = 0;
     std::string message;
-    std::uint64_t reports = 0;
 };
 
 LastError& lastError() {
     static LastError error;
     return error;
 }
-
-// Set in a thread whose errors are only counted.
-thread_local std::uint64_t* attemptErrors = nullptr;
 
 ErrorObserver& errorObserver() {
     static ErrorObserver observer;
@@ -89,10 +85,6 @@ int reportError(int code, const std::string& path) {
 }
 
 int reportError(int code, const std::string& source, const std::string& destination) {
-    if (attemptErrors != nullptr) {
-        ++*attemptErrors;
-        return code;
-    }
     std::string message;
     int group = 0;
     getErrorMessage(message, group, code);
@@ -106,25 +98,12 @@ int reportError(int code, const std::string& source, const std::string& destinat
     if (message.size() > kMostMessageBytes) message.resize(kMostMessageBytes);
     setLastErrorCode(code);
     setLastErrorMessage(message);
-    ++lastError().reports;
     if (errorObserver()) errorObserver()(code, message);
     return code;
 }
 
 void observeErrors(ErrorObserver observer) {
     errorObserver() = std::move(observer);
-}
-
-AttemptErrors::AttemptErrors() {
-    attemptErrors = &count_;
-}
-
-AttemptErrors::~AttemptErrors() {
-    attemptErrors = nullptr;
-}
-
-std::uint64_t countReportedErrors() {
-    return lastError().reports;
 }
 
 }  // namespace tvxconv

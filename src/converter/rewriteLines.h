@@ -1,7 +1,7 @@
-// rewriting.h
+// rewriteLines.h
 //
 // Copying a text file line by line with some lines rewritten: the frame that all rewriters share. What
-// becomes of a line is each rewriter's own.
+// becomes of a line is each rewriter's decision.
 
 #pragma once
 
@@ -22,16 +22,10 @@ using LineRewriter = std::function<void(std::string_view line, fsutil::LineWrite
 // On failure there is no new file (one that was there is gone if it had been opened).
 int rewriteLines(const std::string& oldPath, const std::string& newPath, const LineRewriter& rewrite);
 
-// Makes the new value of a line from its old one. A status other than 0 leaves the line as it is.
-using ValueRewriter = std::function<int(std::string& newValue, const std::string& value)>;
-
-// Writes what becomes of a line of the form KEY "VALUE"REST, in which a value that contains `mark` (in just
-// this letter case) names a file:
-//   KEY "NEW"REST    where `newValue` returns 0; without a closing quote there is no REST
-//   the old line     where it returns anything else, and where the value is empty
-//   nothing          where the value lacks `mark`, or there is none
-void rewriteValue(std::string_view line, const char* key, const char* mark, const ValueRewriter& newValue,
-                  fsutil::LineWriter& writer);
+// The same for an old file that may be absent: `isPresent` tells whether it is a plain file that may be
+// read; when not, nothing is done and 0 returned.
+int rewriteLinesIfPresent(const std::string& oldPath, const std::string& newPath, const LineRewriter& rewrite,
+                          bool& isPresent);
 
 // Whether the value of a line has one of two texts in it, in just this letter case: the two spellings of an
 // extension that tell which file the value names.

@@ -1,17 +1,57 @@
-// Which file goes where: a file of the old view is handled by the list that its extension is in. The
-// extension is all that follows the first "." of the name, and default markers ("x-default.mrk") have one
-// that is in no list.
+#include "tarnet/layout.h"
 
 #include <algorithm>
 #include <iterator>
 
+#include "fsutil/files.h"
 #include "fsutil/letterCase.h"
-#include "fsutil/paths.h"
 #include "tarnet/TarnetProjectConverter.h"
-#include "tarnet/views.h"
+
+namespace tvxconv::tarnet {
+
+using fsutil::equalIgnoringCase;
+
+bool isCellName(const std::string& name) {
+    return name.find('.') == std::string::npos;
+}
+
+std::string oldViewOf(const std::string& cellFolder) {
+    return cellFolder + "/" + kOldView;
+}
+
+std::string newViewOf(const std::string& cellFolder) {
+    return cellFolder + "/" + kNewView;
+}
+
+bool isView(const std::string& folder) {
+    return fsutil::isPresentFile(folder + "/" + kViewMarker);
+}
+
+std::string newCellFileName(const std::string& cell, const std::string& extension) {
+    // Other files and programs look for these two by the cell's name, so their extensions are spelled alike
+    // in all cells.
+    for (const char* rewritten : {kNetlist, kOptimizerFile}) {
+        if (equalIgnoringCase(extension, rewritten)) return cell + "." + rewritten;
+    }
+    return cell + (equalIgnoringCase(extension, kPartProperties) ? "_sch." : ".") + extension;
+}
+
+std::string newProfileFileName(const std::string& profile, const std::string& extension) {
+    return profile + "." + newOutputExtension(extension);
+}
+
+}  // namespace tvxconv::tarnet
 
 namespace tvxconv {
+
+using namespace tarnet;
+
 namespace {
+
+using fsutil::equalIgnoringCase;
+
+// A file of the old view is handled by the list that its extension is in, which is all that follows the first
+// "." of its name. Default markers ("x-default.mrk") have one that is in no list.
 
 // Copied under their own names.
 constexpr const char* kCopied[] = {"lib", "prp", "olb",  "err", "ind",  "stl", "stm", "inc",
@@ -34,7 +74,7 @@ void append(std::vector<std::string>& list, const char* const (&entries)[Count])
 
 bool contains(const std::vector<std::string>& list, const std::string& extension) {
     return std::any_of(list.begin(), list.end(),
-                       [&](const std::string& entry) { return fsutil::equalIgnoringCase(entry, extension); });
+                       [&](const std::string& entry) { return equalIgnoringCase(entry, extension); });
 }
 
 }  // namespace
@@ -49,39 +89,12 @@ int TarnetProjectConverter::classifyCellFiles() {
 TarnetProjectConverter::Road TarnetProjectConverter::roadOf(const std::string& fileName,
                                                             const std::string& extension) const {
     if (extension.empty()) return Road::none;
-    const bool isCellsOwn =
-        fsutil::equalIgnoringCase(extension, kPartProperties) &&
-        fsutil::equalIgnoringCase(fileName, cellName_ + "-" + cellName_ + "." + kPartProperties);
+    const bool isCellsOwn = equalIgnoringCase(extension, kPartProperties) &&
+                            equalIgnoringCase(fileName, cellName_ + "-" + cellName_ + "." + kPartProperties);
     if (!isCellsOwn && contains(copyExtensions_, extension)) return Road::unchanged;
     if (contains(cellExtensions_, extension)) return Road::cell;
     if (contains(profileExtensions_, extension)) return Road::profile;
     return Road::none;
-}
-
-int TarnetProjectConverter::placeInNewView(const std::string& fileName, std::string& place) const {
-    std::string extension;
-    std::string profile;
-    fsutil::extensionOf(fileName, extension);
-    fsutil::baseNameOf(fileName, profile);
-    std::string result;
-    switch (roadOf(fileName, extension)) {
-        case Road::none:
-            break;
-        case Road::unchanged:
-            result = fileName;
-            break;
-        case Road::cell:
-            result = fsutil::equalIgnoringCase(extension, kProfileFile)
-                         ? std::string(kProfilesFolder) + "/" + fileName
-                         : newCellFileName(cellName_, extension);
-            break;
-        case Road::profile:
-            result =
-                std::string(kProfilesFolder) + "/" + profile + "/" + newProfileFileName(profile, extension);
-            break;
-    }
-    place = result;
-    return place.empty() ? 1 : 0;
 }
 
 }  // namespace tvxconv

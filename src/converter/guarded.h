@@ -1,4 +1,4 @@
-// guard.h
+// guarded.h
 //
 // The last stop for exceptions: what the operations of the exported interfaces run inside.
 

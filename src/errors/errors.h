@@ -8,7 +8,6 @@
 
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -48,27 +47,8 @@ int getLastErrorMessage(std::string& text);
 int reportError(int code, const std::string& path);
 int reportError(int code, const std::string& source, const std::string& destination);
 
-// Has `observer` called with each error that becomes the process's last, at once and in the thread that does
-// the conversion; empty: nobody.
+// Has `observer` called with each error as it is recorded; empty: nobody.
 using ErrorObserver = std::function<void(int code, const std::string& message)>;
 void observeErrors(ErrorObserver observer);
-
-// Work that may be for nothing. From construction to destruction, both in one thread, what this thread
-// reports is only counted, and the process's last error stays as it is. A thread has one of them at a time.
-class AttemptErrors {
-public:
-    AttemptErrors();
-    ~AttemptErrors();
-    AttemptErrors(const AttemptErrors&) = delete;
-    AttemptErrors& operator=(const AttemptErrors&) = delete;
-
-    bool any() const { return count_ != 0; }
-
-private:
-    std::uint64_t count_ = 0;
-};
-
-// How often reportError has been called in this process: whether an error is still the last.
-std::uint64_t countReportedErrors();
 
 }  // namespace tvxconv

@@ -1,11 +1,12 @@
-#include "converter/decks.h"
+#include "converter/rewriteDeck.h"
 
-#include "converter/rewriting.h"
+#include "converter/rewriteLines.h"
 #include "fsutil/lines.h"
 
 namespace tvxconv {
 namespace {
 
+constexpr const char* kInclude = ".INC";
 constexpr const char* kStimulusLibrary = ".STMLIB";
 constexpr const char* kLibrary = ".LIB";
 
@@ -40,11 +41,11 @@ const DeckReference* deckReferenceOf(const char* directive, const std::string& v
     return nullptr;
 }
 
-}  // namespace
-
 std::string directiveLine(const char* directive, const std::string& file) {
     return std::string(directive) + " \"" + file + "\"";
 }
+
+}  // namespace
 
 int rewriteDeck(const std::string& oldPath, const std::string& newPath, const std::string& netlist,
                 const ReferenceResolver& resolve) {
@@ -68,6 +69,20 @@ int rewriteDeck(const std::string& oldPath, const std::string& newPath, const st
             writer.write(line);
         } else {
             writer.writeInPlaceOf(line, directiveLine(directive, reference));
+        }
+    });
+}
+
+int rewriteNetlist(const std::string& oldPath, const std::string& newPath, const std::string& owner,
+                   EmptyInclude emptyInclude) {
+    return rewriteLines(oldPath, newPath, [&](std::string_view line, fsutil::LineWriter& writer) {
+        const bool isInclude = fsutil::beginsWithKey(line, kInclude);
+        std::string value;
+        const bool hasValue = isInclude && fsutil::scanQuotedValue(line, value) == 1;
+        if (!isInclude || (!hasValue && emptyInclude == EmptyInclude::isKept)) {
+            writer.write(line);
+        } else if (hasValue && containsEither(value, ".par", ".PAR")) {
+            writer.writeInPlaceOf(line, directiveLine(kInclude, "../" + owner + ".par"));
         }
     });
 }

@@ -1,10 +1,10 @@
-#include "converter/profileFiles.h"
+#include "converter/rewriteProfile.h"
 
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 
-#include "converter/rewriting.h"
+#include "converter/rewriteLines.h"
 #include "fsutil/files.h"
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
@@ -54,12 +54,10 @@ bool isMovedEntry(std::string_view line, const ProfileRules& rules, ListEntry& e
     }
     std::string value;
     if (fsutil::scanQuotedValue(line, value) != 1) return false;
-    fsutil::toForwardSlashes(value, value);
-    bool isRelative = false;
-    fsutil::normaliseReference(value, isRelative);
-    if (!isRelative || fsutil::resolveRelative(value, rules.folder, entry.file) != 0) return false;
-    if (!rules.isPresent(entry.file)) return false;
-    fsutil::fileNameOf(entry.file, entry.name);
+    const fsutil::Reference reference(value);
+    if (!reference.isRelative() || !reference.resolve(rules.folder, entry.file)) return false;
+    if (!fsutil::isPresentFile(entry.file)) return false;
+    entry.name = fsutil::fileNameOf(entry.file);
     return !entry.name.empty();
 }
 
@@ -69,9 +67,10 @@ std::string listEntryLine(const ListEntry& entry) {
     return std::string("+").append(std::to_string(entry.number)) + " \"" + entry.name + "\" ";
 }
 
-int rewriteProfileFile(const std::string& oldPath, const std::string& newPath, const ProfileRules& rules) {
+int rewriteProfileIfPresent(const std::string& oldPath, const std::string& newPath, const ProfileRules& rules,
+                            bool& isPresent) {
     bool isConnected = false;
-    return rewriteLines(oldPath, newPath, [&](std::string_view line, fsutil::LineWriter& writer) {
+    const auto rewrite = [&](std::string_view line, fsutil::LineWriter& writer) {
         if (isDesignReference(line)) {
             if (!isConnected) writer.writeInPlaceOf(line, keyLine("Connectivity", rules.netlist));
             isConnected = true;
@@ -94,35 +93,31 @@ int rewriteProfileFile(const std::string& oldPath, const std::string& newPath, c
         } else {
             writer.write(line);
         }
-    });
+    };
+    return rewriteLinesIfPresent(oldPath, newPath, rewrite, isPresent);
 }
 
 int relocateOutputValue(const ProjectConverter& converter, std::string& reference, const std::string& value,
                         const std::string& projectDir, const std::string& fileBase,
                         const std::string& profile) {
-    std::string path;
-    fsutil::toForwardSlashes(value, path);
+    const fsutil::Reference written(value);
     reference.clear();
-    std::string folder;
-    if (fsutil::folderOf(path, folder) != 0) {
-        std::string base;
-        fsutil::baseNameOf(path, base);
-        if (fsutil::equalIgnoringCase(base, fileBase)) {
+    if (written.isBare()) {
+        const std::string name = fsutil::toForwardSlashes(value);
+        if (fsutil::equalIgnoringCase(fsutil::baseNameOf(name), fileBase)) {
             // Named after the profile file, it has come along into the profile's folder.
-            const std::size_t dot = path.find('.');
-            reference = profile + "." + (dot == std::string::npos ? std::string() : path.substr(dot + 1));
+            const std::size_t dot = name.find('.');
+            reference = profile + "." + (dot == std::string::npos ? std::string() : name.substr(dot + 1));
         } else {
-            reference = projectDir + "/" + path;
+            reference = projectDir + "/" + name;
         }
         return 0;
     }
-    bool isRelative = false;
-    fsutil::normaliseReference(path, isRelative);
-    std::string file = path;
-    if (isRelative && fsutil::resolveRelative(path, projectDir, file) != 0) return 1;
+    std::string file;
+    if (!written.resolve(projectDir, file)) return 1;
     std::string newPath;
     if (converter.findRelocation(ProjectConverter::relocationKey(file, projectDir), newPath) == 0) {
-        fsutil::fileNameOf(newPath, reference);
+        reference = fsutil::fileNameOf(newPath);
     } else {
         reference = file;
     }

@@ -1,13 +1,16 @@
-// views.h
+// layout.h
 //
-// The two views of a cell: their folders, the file that marks a folder as a view, and what files are called
-// in the new one.
+// The two views of a cell of a Tarnet library: their folders, the file that marks a folder as a view, which
+// file of the old view goes where in the new one, and what it is called there. Whoever has to know a name of
+// either view asks here. Extensions are without their leading "."; letter case does not count in them.
 
 #pragma once
 
 #include <string>
 
-namespace tvxconv {
+#include "converter/outputExtension.h"
+
+namespace tvxconv::tarnet {
 
 constexpr const char* kOldView = "cfg_analog";
 constexpr const char* kNewView = "tvx_sim_1";
@@ -20,6 +23,7 @@ constexpr const char* kProfileFile = "sim";
 constexpr const char* kNetlist = "net";
 constexpr const char* kOptimizerFile = "opt";
 constexpr const char* kPartProperties = "prp";
+constexpr const char* kProjectFile = "opj";
 
 // Whether an entry of a library may be a cell: their names have no ".".
 bool isCellName(const std::string& name);
@@ -28,18 +32,12 @@ bool isCellName(const std::string& name);
 std::string oldViewOf(const std::string& cellFolder);
 std::string newViewOf(const std::string& cellFolder);
 
-// Whether the path leads through the new view of a cell.
-bool liesInNewView(const std::string& path);
-
 // Whether the folder is marked as a view. A marker that may not be read counts as absent.
 bool isView(const std::string& folder);
-
-// Whether the cell of this folder has its old view and not yet its new one.
-bool isToBeConverted(const std::string& cellFolder);
 
 // The name, in the new view, of a file that takes the cell's; and of one that takes its profile's, in the
 // profile's folder.
 std::string newCellFileName(const std::string& cell, const std::string& extension);
 std::string newProfileFileName(const std::string& profile, const std::string& extension);
 
-}  // namespace tvxconv
+}  // namespace tvxconv::tarnet

@@ -3,9 +3,9 @@
 
 #include <utility>
 
+#include "converter/guarded.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "interface/IDraftelProjectConverter.h"
-#include "interface/guard.h"
 
 namespace tvxconv {
 namespace {

@@ -1,0 +1,268 @@
+#include "platform/folderIndex.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <list>
+#include <memory>
+#include <memory_resource>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "platform/platform.h"
+
+namespace tvxconv::platform {
+namespace {
+
+unsigned char foldCase(char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
+}
+
+struct HashIgnoringCase {
+    std::size_t operator()(std::string_view name) const {
+        std::uint64_t hash = 14695981039346656037U;
+        for (const char byte : name) hash = (hash ^ foldCase(byte)) * 1099511628211U;
+        return static_cast<std::size_t>(hash ^ (hash >> 32));
+    }
+};
+
+struct EqualIgnoringCase {
+    bool operator()(std::string_view a, std::string_view b) const {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                          [](char x, char y) { return foldCase(x) == foldCase(y); });
+    }
+};
+
+// The names of one folder. There may be hundreds of thousands, so they share large blocks of memory, which
+// are freed with the folder.
+class Names {
+public:
+    void add(std::string_view name) {
+        char* const place = static_cast<char*>(memory_.allocate(name.size(), 1));
+        name.copy(place, name.size());
+        set_.emplace(place, name.size());
+    }
+
+    void remove(std::string_view name) {
+        const auto [begin, end] = set_.equal_range(name);
+        const auto found = std::find(begin, end, name);
+        if (found != end) set_.erase(found);
+    }
+
+    void find(std::string_view name, const std::string& folder, Spellings& result) const {
+        const auto [begin, end] = set_.equal_range(name);
+        for (auto entry = begin; entry != end; ++entry) {
+            ++result.count;
+            if (*entry == name) {
+                result.isThereAsAsked = true;
+            } else {
+                result.twin = folder;
+                result.twin += *entry;
+            }
+        }
+    }
+
+private:
+    std::pmr::monotonic_buffer_resource memory_;
+    std::pmr::unordered_multiset<std::string_view, HashIgnoringCase, EqualIgnoringCase> set_{&memory_};
+};
+
+// A folder by the path that it was last asked for under, with a slash at its end (empty for the current
+// folder). Device and number tell whether two paths lead to one folder.
+struct Folder {
+    std::string path;
+    dev_t device = 0;
+    ino_t number = 0;
+    Names names;
+};
+
+const char* asFolder(const std::string& prefix) {
+    return prefix.empty() ? "./" : prefix.c_str();
+}
+
+class FolderIndex {
+public:
+    // The folder of the prefix as spelled. Null, with the system's error, where it cannot be listed.
+    const Folder* find(const std::string& prefix, int& error) {
+        error = 0;
+        if (const Folder* known = findKnown(prefix)) return known;
+        const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(asFolder(prefix)), closedir);
+        struct stat status {};
+        if (listing == nullptr || fstat(dirfd(listing.get()), &status) != 0) {
+            error = errno;
+            return nullptr;
+        }
+        for (auto folder = folders_.begin(); folder != folders_.end(); ++folder) {
+            if (folder->device != status.st_dev || folder->number != status.st_ino) continue;
+            folder->path = prefix;
+            return moveToFront(folder);
+        }
+        std::list<Folder> added(1);
+        Folder& folder = added.front();
+        folder.path = prefix;
+        folder.device = status.st_dev;
+        folder.number = status.st_ino;
+        errno = 0;
+        while (const dirent* entry = readdir(listing.get())) folder.names.add(entry->d_name);
+        error = errno;
+        if (error != 0) return nullptr;
+        folders_.splice(folders_.begin(), added);
+        if (folders_.size() > kMostFolders) folders_.pop_back();
+        return &folder;
+    }
+
+    Folder* findKnown(const std::string& prefix) {
+        const auto found = std::find_if(folders_.begin(), folders_.end(),
+                                        [&](const Folder& folder) { return folder.path == prefix; });
+        return found == folders_.end() ? nullptr : moveToFront(found);
+    }
+
+    void forgetAll() noexcept { folders_.clear(); }
+
+private:
+    // The folders of the profile and schematic under way, their parents and the old ones: many profiles must
+    // not fill the memory.
+    static constexpr std::size_t kMostFolders = 32;
+
+    Folder* moveToFront(std::list<Folder>::iterator folder) {
+        folders_.splice(folders_.begin(), folders_, folder);
+        return &folders_.front();
+    }
+
+    std::list<Folder> folders_;  // the one asked for last in front
+};
+
+FolderIndex* remembered = nullptr;
+
+// "/a/b" and "/a/b/" are "/a/" and "b"; "b" is "" and "b". The folder keeps its slash, so that the
+// two put together again are the path.
+void splitPath(const std::string& path, std::string& folder, std::string& name) {
+    std::size_t end = path.size();
+    while (end > 1 && path[end - 1] == '/') --end;
+    const std::size_t slash = path.rfind('/', end - 1);
+    const std::size_t begin = slash == std::string::npos || end == 0 ? 0 : slash + 1;
+    folder.assign(path, 0, begin);
+    name.assign(path, begin, end - begin);
+}
+
+Spellings findIn(FolderIndex& index, const std::string& path);
+
+// The path of the folder that `prefix` (with a slash at its end, or empty) means, as spelled on disk, and
+// its names; null for one that may be entered but not listed. False when there is no such folder.
+bool findFolder(FolderIndex& index, const std::string& prefix, std::string& actual, const Names*& names) {
+    actual = prefix;
+    names = nullptr;
+    int error = 0;
+    const Folder* folder = index.find(prefix, error);
+    if (error == ENOENT && prefix.find_first_not_of('/') != std::string::npos) {
+        actual = findIn(index, prefix).existing();
+        if (actual.empty()) return false;
+        folder = index.find(actual, error);
+    }
+    if (folder != nullptr) names = &folder->names;
+    return error != ENOENT && error != ENOTDIR;
+}
+
+bool isThere(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0;
+}
+
+Spellings findIn(FolderIndex& index, const std::string& path) {
+    Spellings result;
+    std::string prefix;
+    std::string name;
+    splitPath(path, prefix, name);
+    std::string folder;
+    const Names* names = nullptr;
+    if (name.empty() || !findFolder(index, prefix, folder, names)) return result;
+    // Slashes after the last component say that it is to be a folder.
+    const std::string slashes = path.substr(prefix.size() + name.size());
+    result.hasFolder = true;
+    result.asAsked = folder + name + slashes;
+    if (names != nullptr) {
+        names->find(name, folder, result);
+        if (!result.twin.empty()) result.twin += slashes;
+    } else {
+        result.isThereAsAsked = isThere(folder + name);
+        result.count = result.isThereAsAsked ? 1 : 0;
+    }
+    return result;
+}
+
+// The change is on disk and has to be answered for: where there is no memory to note it, the folders are
+// read again instead.
+template <class Change>
+void noteChange(const std::string& path, Change change) noexcept {
+    if (remembered == nullptr) return;
+    try {
+        std::string prefix;
+        std::string name;
+        splitPath(path, prefix, name);
+        if (Folder* folder = remembered->findKnown(prefix)) change(folder->names, name);
+    } catch (...) {
+        remembered->forgetAll();
+    }
+}
+
+}  // namespace
+
+Spellings findSpellings(const std::string& path) {
+    if (remembered != nullptr) {
+        Spellings known = findIn(*remembered, path);
+        // A call on the path as asked tells by itself whether the index is right.
+        if (known.isThereAsAsked || known.twin.empty()) return known;
+        if (!isThere(known.asAsked) && isThere(known.twin)) return known;
+        remembered->forgetAll();
+        return findIn(*remembered, path);
+    }
+    FolderIndex index;
+    return findIn(index, path);
+}
+
+bool isFolderKnown(const std::string& path) {
+    if (remembered == nullptr) return false;
+    std::string prefix;
+    std::string name;
+    splitPath(path, prefix, name);
+    return remembered->findKnown(prefix) != nullptr;
+}
+
+void noteMade(const std::string& path) noexcept {
+    noteChange(path, [](Names& names, const std::string& name) {
+        names.remove(name);  // opening an entry that was a dangling link makes no second one
+        names.add(name);
+    });
+}
+
+void noteRemoved(const std::string& path) noexcept {
+    noteChange(path, [](Names& names, const std::string& name) { names.remove(name); });
+}
+
+struct RememberedFolders::Index : FolderIndex {};
+
+RememberedFolders::RememberedFolders() {
+    if (remembered != nullptr) return;
+    index_ = std::make_unique<Index>();
+    remembered = index_.get();
+}
+
+RememberedFolders::~RememberedFolders() {
+    if (index_ != nullptr) remembered = nullptr;
+}
+
+bool nameComesBefore(const std::string& a, const std::string& b) {
+    const auto rank = [](const std::string& name) { return name == "." ? 0 : name == ".." ? 1 : 2; };
+    if (rank(a) != rank(b)) return rank(a) < rank(b);
+    const std::size_t shorter = std::min(a.size(), b.size());
+    for (std::size_t i = 0; i < shorter; ++i) {
+        if (foldCase(a[i]) != foldCase(b[i])) return foldCase(a[i]) < foldCase(b[i]);
+    }
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+}  // namespace tvxconv::platform
