@@ -1,4 +1,4 @@
-// tarnet_driver_test.cpp
+// conversion_test.cpp
 //
 // The driver of a Tarnet conversion: what it takes from the library's path, which cells it converts, where it
 // stops, and what it leaves in its fields.

@@ -1,4 +1,4 @@
-// windows_platform_test.cpp
+// windows_test.cpp
 //
 // What only Windows has: text mode, drives, the code page, the limit of paths, read-only files, files that
 // somebody holds open, modules found beside the program. Only built for Windows.

@@ -1,4 +1,4 @@
-// draftel_driver_test.cpp
+// conversion_test.cpp
 //
 // The driver of a Draftel conversion: modes, what it takes from the project's path, the two folders it makes,
 // the order of its steps, and the deleting of old files when it converts in place.

@@ -1,7 +1,7 @@
 // files_test.cpp
 //
 // Files and folders, both layers. Paths are spelled here as they are on disk; other spellings are the
-// subject of letter_case_test.cpp.
+// subject of platform/folderIndex_test.cpp.
 
 #include "fsutil/files.h"
 

@@ -1,4 +1,4 @@
-// wobj_failure_test.cpp
+// failures_test.cpp
 //
 // The project-file library where something is wrong: with the file, with an argument, with the user's
 // rights, with the disk, or with the process in the middle of a call.

@@ -1,4 +1,4 @@
-// tarnet_profile_file_test.cpp
+// profileFile_test.cpp
 //
 // The rewriting of the profile files of a cell: their keys, their numbered entries with the files that they
 // name, and the references to data and output files.

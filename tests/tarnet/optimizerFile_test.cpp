@@ -1,4 +1,4 @@
-// tarnet_optimizer_file_test.cpp
+// optimizerFile_test.cpp
 //
 // The rewriting of the optimizer file of a cell, and the design profiles that it takes along.
 

@@ -1,4 +1,4 @@
-// draftel_profile_file_test.cpp
+// profileFile_test.cpp
 //
 // The rewriting of a simulation profile file: its keys, its numbered entries with the files that they name,
 // and the references to its data and output files.

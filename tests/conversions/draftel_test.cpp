@@ -1,4 +1,4 @@
-// draftel_conversion_test.cpp
+// draftel_test.cpp
 //
 // Whole conversions of Draftel projects, compared file by file with trees that were written by hand.
 

@@ -5,6 +5,8 @@
 // streams of several kinds, with the same result. Texts made up at random are compared with a reader that
 // does the same character by character.
 
+#include "attrlist/reader.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -19,7 +21,6 @@
 #include <vector>
 
 #include "attrlist/CellPool.h"
-#include "attrlist/reader.h"
 #include "support/TestFolder.h"
 #include "support/attributeTrees.h"
 

@@ -1,4 +1,4 @@
-// draftel_listing_test.cpp
+// structureListing_test.cpp
 //
 // What a host shows after a Draftel conversion: the listing of the new structure, and the report file.
 

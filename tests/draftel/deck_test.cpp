@@ -1,4 +1,4 @@
-// draftel_netlists_test.cpp
+// deck_test.cpp
 //
 // The rewriting of netlists and decks: the netlist of a schematic, the deck of a profile, and the references
 // to include, library and stimulus files in a deck.

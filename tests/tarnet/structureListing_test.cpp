@@ -1,4 +1,4 @@
-// tarnet_listing_test.cpp
+// structureListing_test.cpp
 //
 // What a host shows after a Tarnet conversion: the listing of the new structure, and the report file.
 

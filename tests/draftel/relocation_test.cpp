@@ -1,4 +1,4 @@
-// draftel_relocation_test.cpp
+// relocation_test.cpp
 //
 // The move of a Draftel project's simulation files into the new layout: the files of the design as a whole,
 // the folders of the schematics and profiles, and the outputs of each profile.

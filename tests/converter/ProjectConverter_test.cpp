@@ -1,14 +1,14 @@
-// converter_test.cpp
+// ProjectConverter_test.cpp
 //
 // What both converters share: their fields and the table of moves.
+
+#include "converter/ProjectConverter.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "converter/ProjectConverter.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// tarnet_conversion_test.cpp
+// tarnet_test.cpp
 //
 // Whole libraries, from end to end: what becomes of every file, that a second run changes nothing, and what a
 // fault at each file in turn leaves behind.

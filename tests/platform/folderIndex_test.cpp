@@ -1,4 +1,4 @@
-// letter_case_test.cpp
+// folderIndex_test.cpp
 //
 // Files and folders that are asked for in another letter case than they have, on a file system that
 // tells the two apart: what is found, what is made, what is deleted, how soon a change by another

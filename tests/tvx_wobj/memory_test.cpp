@@ -1,4 +1,4 @@
-// wobj_memory_test.cpp
+// memory_test.cpp
 //
 // The two stand-in libraries when memory runs out, at each allocation in turn: a status, no exception, empty
 // outputs, the file whole.

@@ -1,4 +1,4 @@
-// draftel_project_file_test.cpp
+// projectFile_test.cpp
 //
 // The last step of a Draftel conversion: design, backup and project file in their new places, and the entries
 // of the new project file pointed at where the files have gone.

@@ -1,4 +1,4 @@
-// tarnet_netlists_test.cpp
+// deck_test.cpp
 //
 // The rewriting of the netlist of a cell and of the decks of its profiles, and the references to include,
 // library and stimulus files in a deck.

@@ -1,4 +1,4 @@
-// tarnet_relocation_test.cpp
+// relocation_test.cpp
 //
 // One cell on its way into its new view: which file goes where, the folders that are made, the marker, and
 // what a failure leaves behind.

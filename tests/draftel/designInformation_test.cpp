@@ -1,4 +1,4 @@
-// draftel_design_test.cpp
+// designInformation_test.cpp
 //
 // What a Draftel conversion learns before it moves anything: the design file, its root schematics, the
 // simulation profiles; and the records that it keeps of the profiles.

@@ -1,4 +1,4 @@
-// posix_platform_test.cpp
+// posix_test.cpp
 //
 // What only the systems other than Windows have.
 

@@ -1,4 +1,4 @@
-// draftel_classification_test.cpp
+// layout_test.cpp
 //
 // The lists of extensions and project folders by which a Draftel conversion tells files apart.
 

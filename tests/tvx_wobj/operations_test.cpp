@@ -1,4 +1,4 @@
-// wobj_test.cpp
+// operations_test.cpp
 //
 // The project-file library: what its functions read and how they change a project.
 
