@@ -335,7 +335,7 @@ TEST_F(InPlace, AFullDiskLeavesTheOldFilesAsTheyWereOrTheConversionComplete) {
                                             "trap '' XFSZ; n=$1; shift; exec prlimit --fsize=$n \"$@\"", "sh",
                                             std::to_string(limit)};
         for (const std::string& word : command()) limited.push_back(word);
-        const ProgramResult result = tests::runProgram(limited);
+        const ProgramResult result = tests::runProgram(limited, "", tests::kWithoutCoverage);
         if (result.status == 0) {
             // All files moved, with all their lines.
             EXPECT_GE(limit, size - 4500);
@@ -714,6 +714,7 @@ TEST_F(InPlace, ASignalAfterAnyTimeLeavesTheOldFilesOrTheWholeConversion) {
         const pid_t child = fork();
         ASSERT_NE(child, -1);
         if (child == 0) {
+            tests::stopCoverage();
             if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(126);
             if (std::freopen("/dev/null", "w", stderr) == nullptr) _exit(126);
             execv(kProgram, raw.data());

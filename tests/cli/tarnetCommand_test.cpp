@@ -377,7 +377,8 @@ TEST_F(TarnetCommand, AFullDiskIsToldForEachCell) {
     library_.addCell("gamma");
     const ProgramResult result = tests::runProgram(
         {"sh", "-c", "trap '' XFSZ; ulimit -f 8; exec " + std::string(kProgram) + " tarnet \"$0\"",
-         library_.dir});
+         library_.dir},
+        "", tests::kWithoutCoverage);
     EXPECT_EQ(result.status, 0);
     EXPECT_TRUE(contains(result.errors, "cell \"amp\": Failed to copy file")) << result.errors;
     EXPECT_TRUE(contains(result.errors, "cell \"beta\": Failed to copy file")) << result.errors;

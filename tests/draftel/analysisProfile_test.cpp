@@ -384,7 +384,9 @@ TEST_F(AnalysisProfile, ANewOneThatTheDiskHasNoRoomForIsRemoved) {
     fs::remove(newFile_);
     for (const auto room : {std::uintmax_t{0}, std::uintmax_t{40}, size / 2, size - 2, size - 1}) {
         EXPECT_TRUE(succeedsLacking(Lacks::writing, [&] {
-            const rlimit limit{room, room};
+            rlimit limit{};
+            getrlimit(RLIMIT_FSIZE, &limit);
+            limit.rlim_cur = room;
             setrlimit(RLIMIT_FSIZE, &limit);
             EXPECT_EQ(relocate(), 10110) << room;
             EXPECT_EQ(lastError(), writeFileError(newFile_)) << room;

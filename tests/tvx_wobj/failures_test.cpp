@@ -423,6 +423,7 @@ TEST(WobjWriting, LeavesOneWholeFileWhenTheProcessIsKilledAtAnyMoment) {
     for (int round = 0; round < 60; ++round) {
         const pid_t child = fork();
         if (child == 0) {
+            tests::stopCoverage();
             while (write(project.path(), oldPaths) == 0 && write(project.path(), newPaths) == 0) continue;
             _exit(1);
         }
