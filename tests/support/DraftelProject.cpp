@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "converter/errors.h"
+#include "support/coverage.h"
 
 namespace tests {
 
@@ -210,11 +211,17 @@ bool succeedsLacking(Lacks what, bool (*body)(void* context), void* context) {
     std::cout.flush();
     const pid_t child = fork();
     if (child == 0) {
-        const rlimit none{0, 0};
+        stopCoverage();
+        const auto resource = what == Lacks::opening ? RLIMIT_NOFILE : RLIMIT_FSIZE;
+        rlimit limit{};
+        getrlimit(resource, &limit);
+        const rlimit before = limit;
+        limit.rlim_cur = 0;
         signal(SIGXFSZ, SIG_IGN);
-        bool done = setrlimit(what == Lacks::opening ? RLIMIT_NOFILE : RLIMIT_FSIZE, &none) == 0;
+        bool done = setrlimit(resource, &limit) == 0;
         done = done && body(context);
         std::cout.flush();
+        if (setrlimit(resource, &before) == 0) writeCoverage();
         _exit(done && !testing::Test::HasFailure() ? 0 : 1);
     }
     int status = -1;

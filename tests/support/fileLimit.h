@@ -12,6 +12,8 @@
 #include <csignal>
 #include <iostream>
 
+#include "support/coverage.h"
+
 namespace tests {
 
 // Runs `body` in a child process in which no file grows beyond `most` bytes: a write is cut there, and
@@ -21,10 +23,15 @@ bool succeedsWithFileLimit(rlim_t most, Body body) {
     std::cout.flush();
     const pid_t child = fork();
     if (child == 0) {
-        const rlimit limit = {most, most};
+        stopCoverage();
+        rlimit limit{};
+        getrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit before = limit;
+        limit.rlim_cur = most;
         bool done = std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0;
         if (done) done = body();
         std::cout.flush();
+        if (setrlimit(RLIMIT_FSIZE, &before) == 0) writeCoverage();
         _exit(done && !testing::Test::HasFailure() ? 0 : 1);
     }
     int status = -1;

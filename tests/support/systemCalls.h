@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/TestFolder.h"
+#include "support/coverage.h"
 
 namespace tests {
 
@@ -33,7 +34,9 @@ inline InjectedRun runInjected(const std::string& injection, const std::vector<s
     command.insert(command.end(), program.begin(), program.end());
     InjectedRun run;
     // A program that is traced already cannot be searched for leaks.
-    run.result = runProgram(command, folder, {"ASAN_OPTIONS=detect_leaks=0"});
+    std::vector<std::string> environment = kWithoutCoverage;
+    environment.push_back("ASAN_OPTIONS=detect_leaks=0");
+    run.result = runProgram(command, folder, environment);
     const std::string text = readFile(log);
     run.fired = text.find("(INJECTED)") != std::string::npos || text.find("--- SIG") != std::string::npos;
     return run;

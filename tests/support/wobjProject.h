@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+#include "support/coverage.h"
+
 namespace wobjtest {
 
 // One file with the given bytes, alone in a folder that goes with this object.
@@ -78,6 +80,7 @@ template <class Action>
 int inChild(Action action) {
     const pid_t child = fork();
     if (child == 0) {
+        tests::stopCoverage();
         int result = 127;
         try {
             result = action();

@@ -85,6 +85,9 @@ struct statvfs {
 [[noreturn]] inline int statvfs(const char*, struct statvfs*) {
     tests::skipTest("needs the room on a disk");
 }
+[[noreturn]] inline int getrlimit(int, rlimit*) {
+    tests::skipTest("needs limits of a process");
+}
 [[noreturn]] inline int setrlimit(int, const rlimit*) {
     tests::skipTest("needs limits of a process");
 }

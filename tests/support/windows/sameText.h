@@ -2,7 +2,7 @@
 //
 // On Windows text files end their lines with "\r\n", whatever the ends of the lines that were read. So texts,
 // and trees of texts, are equal for an EXPECT_EQ when they are but for line ends. Where the bytes themselves
-// are the point (windows_platform_test.cpp), a test says EXPECT_TRUE.
+// are the point (platform/windows_test.cpp), a test says EXPECT_TRUE.
 
 #pragma once
 

@@ -1,0 +1,367 @@
+// deck_test.cpp
+//
+// The rewriting of the netlist of a cell and of the decks of its profiles, and the references to include,
+// library and stimulus files in a deck.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/TarnetLibrary.h"
+#include "support/fileLimit.h"
+
+namespace {
+
+using namespace tests;
+using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+// --- the netlist ---
+
+int rewriteNetlist(TarnetLibrary& library) {
+    return library.converter.rewriteNetlist(library.cfg + "/old.net", library.view + "/new.net", "Cell");
+}
+
+std::string netlistFor(TarnetLibrary& library, const std::string& text) {
+    library.writeOld("old.net", text);
+    EXPECT_EQ(rewriteNetlist(library), 0) << text;
+    EXPECT_EQ(library.read("amp/cfg_analog/old.net"), text);
+    return library.readNew("new.net");
+}
+
+TEST(TarnetNetlists, OfANetlistsIncludesOnlyTheParameterFileStays) {
+    TarnetLibrary library;
+    library.prepareCell();
+    library.writeOld("model.lib", "present");
+    expectTarnetLines(library,
+                      {
+                          {".INC \"x.par\"", ".INC \"../Cell.par\""},
+                          {".inc \"amp.PAR\"", ".INC \"../Cell.par\""},
+                          {".Inc\"x.par.old\"tail", ".INC \"../Cell.par\""},
+                          {".INCLUDE \"C:\\x\\y.par\" ", ".INC \"../Cell.par\""},
+                          {".INC \"amp.Par\"", kNoLine},
+                          {".INC \"par\"", kNoLine},
+                          {".INC \"model.lib\"", kNoLine},
+                          {".inc \"amp.inc\"", kNoLine},
+                          {".INC \"a\" \"b.par\"", kNoLine},
+                          {".INC", kNoLine},
+                          {".INC amp.par", kNoLine},
+                          {".inc \"\"", kNoLine},
+                          {".INC \"\"amp.par\"", kNoLine},
+                          {".IN \"amp.par\"", ".IN \"amp.par\""},
+                          {" .INC \"amp.par\"", " .INC \"amp.par\""},
+                          {"* .INC \"amp.par\"", "* .INC \"amp.par\""},
+                          {".LIB \"amp.lib\"", ".LIB \"amp.lib\""},
+                          {".STMLIB \"amp.stl\"", ".STMLIB \"amp.stl\""},
+                          {"V1 1 0 \"5\" %s %d \\", "V1 1 0 \"5\" %s %d \\"},
+                          {"\xE4\x01\x7F", "\xE4\x01\x7F"},
+                      },
+                      [&](const std::string& text) { return netlistFor(library, text); });
+}
+
+TEST(TarnetNetlists, ANetlistKeepsEverythingElse) {
+    TarnetLibrary library;
+    library.prepareCell();
+    const std::string filling(1023, 'x');
+    struct Case {
+        std::string text;
+        std::string written;
+    };
+    const std::vector<Case> cases = {
+        {"", ""},
+        {"\n\r\n\n", "\n\r\n\n"},
+        {"R1 1 0 1k", "R1 1 0 1k"},
+        {"a\0b\n\0\0\n.INC \"\0.par\"\n\0"s, "a\0b\n\0\0\n.INC \"../Cell.par\"\n\0"s},
+        {".INC \"a.par\r\n", ".INC \"../Cell.par\"\r\n"},
+        {".INC \"a.par", ".INC \"../Cell.par\"\n"},
+        {".INC \"a\n", ""},
+        {".INC \"", ""},
+        {filling + filling + "x\r\n", filling + filling + "x\r\n"},
+        {filling + ".INC \"a.par\"\n", filling + ".INC \"../Cell.par\"\n"},
+        {filling + ".INC \"a.lib\"\n", filling},
+        {filling + "x.INC \"a.par\"\n", filling + "x.INC \"a.par\"\n"},
+        {".INC \"a.par\"" + std::string(1011, ' ') + "rest\r\n", ".INC \"../Cell.par\"\nrest\r\n"},
+    };
+    for (const Case& entry : cases) EXPECT_EQ(netlistFor(library, entry.text), entry.written) << entry.text;
+}
+
+TEST(TarnetNetlists, ALargeNetlistIsWhole) {
+    TarnetLibrary library;
+    library.prepareCell();
+    std::string text;
+    for (int i = 0; i < 20000; ++i) text += "R" + std::to_string(i) + " 1 0 1k\r\n";
+    EXPECT_TRUE(netlistFor(library, text + ".INC \"a.par\"\r\n") ==
+                tests::asRead(text + ".INC \"../Cell.par\"\r\n"));
+}
+
+TEST(TarnetNetlists, ANetlistThatCannotBeOpenedIsNamed) {
+    for (const bool isFolder : {false, true}) {
+        TarnetLibrary library;
+        library.prepareCell();
+        if (isFolder) library.makeFolder("amp/cfg_analog/old.net");
+        EXPECT_EQ(rewriteNetlist(library), 10105) << isFolder;
+        EXPECT_EQ(lastError(), openForReadingError(library.cfg + "/old.net")) << isFolder;
+        EXPECT_FALSE(library.existsNew("new.net")) << isFolder;
+    }
+}
+
+TEST(TarnetNetlists, ANewNetlistThatCannotBeMadeIsNamed) {
+    for (const bool isFolder : {false, true}) {
+        TarnetLibrary library;
+        library.prepareCell();
+        library.writeOld("old.net", "R1 1 0 1k\n");
+        const std::string newPath = library.view + "/new.net";
+        isFolder ? fs::create_directory(newPath) : fs::remove_all(library.view) != 0;
+        const Tree before = library.tree();
+        EXPECT_EQ(rewriteNetlist(library), 10106) << isFolder;
+        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isFolder;
+        EXPECT_EQ(library.tree(), before) << isFolder;
+    }
+}
+
+TEST(TarnetNetlists, ANewNetlistThatTheDiskHasNoRoomForIsNamedAndRemoved) {
+    TarnetLibrary library;
+    library.prepareCell();
+    library.writeOld("old.net", std::string(100, 'x'));
+    EXPECT_TRUE(succeedsWithFileLimit(99, [&] {
+        EXPECT_EQ(rewriteNetlist(library), 10106);
+        EXPECT_EQ(lastError(), openForWritingError(library.view + "/new.net"));
+        return true;
+    }));
+    EXPECT_FALSE(library.existsNew("new.net"));
+}
+
+TEST(TarnetNetlists, ANetlistIsNotWrittenOverItself) {
+    for (const bool isHardLink : {true, false}) {
+        TarnetLibrary library;
+        library.prepareCell();
+        const std::string text = ".INC \"a.par\"\nR1 1 0 1k\n";
+        const std::string old = library.writeOld("old.net", text);
+        const std::string newPath = library.view + "/new.net";
+        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
+        EXPECT_EQ(rewriteNetlist(library), 10106) << isHardLink;
+        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
+        EXPECT_EQ(readFile(old), text) << isHardLink;
+    }
+}
+
+// --- the deck of a profile ---
+
+int rewriteDeck(TarnetLibrary& library) {
+    return library.converter.rewriteCircuitIncludes(library.cfg, library.cfg + "/tran.sim.cir",
+                                                    library.profiles + "/tran/tran.cir");
+}
+
+std::string deckFor(TarnetLibrary& library, const std::string& text) {
+    library.writeOld("tran.sim.cir", text);
+    EXPECT_EQ(rewriteDeck(library), 0) << text;
+    EXPECT_EQ(library.read("amp/cfg_analog/tran.sim.cir"), text);
+    return library.readNew("profiles/tran/tran.cir");
+}
+
+// A cell with files that a deck can name.
+void prepareDeck(TarnetLibrary& library) {
+    library.prepareCell();
+    for (const char* extension : {"inc", "lib", "stl"}) {
+        const std::string end = std::string(".") + extension;
+        library.writeOld("flat" + end, "");
+        library.writeOld("sub/flat" + end, "");
+        library.writeOld("sub/deep" + end, "");
+        library.writeOld("ab/short" + end, "");
+        library.write("amp/up" + end, "");
+        library.write("amp/other/up" + end, "");
+        library.write("amp/other/side" + end, "");
+        library.write("shared" + end, "");
+        library.makeFolder("amp/cfg_analog/folder" + end);
+    }
+}
+
+TEST(TarnetNetlists, ADeckIncludesTheCellsNetlistTwoLevelsUp) {
+    TarnetLibrary library;
+    prepareDeck(library);
+    expectTarnetLines(library,
+                      {
+                          {".INC \"tran.net\"", ".INC \"../../amp.net\""},
+                          {".inc \"C:\\any\\other.NET\" tail", ".INC \"../../amp.net\""},
+                          {".INCLUDE\".net\"", ".INC \"../../amp.net\""},
+                          {".INC \"absent.net.inc\"", ".INC \"../../amp.net\""},
+                          {".INC \"amp.Net\"", kNoLine},
+                      },
+                      [&](const std::string& text) { return deckFor(library, text); });
+}
+
+TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
+    struct Directive {
+        const char* name;
+        const char* extension;
+        const char* upperCase;
+    };
+    for (const Directive& directive :
+         {Directive{".INC", ".inc", ".INC"}, {".LIB", ".lib", ".LIB"}, {".STMLIB", ".stl", ".STL"}}) {
+        TarnetLibrary library;
+        prepareDeck(library);
+        // With the directive and the extensions put in.
+        const std::vector<TarnetLine> patterns = {
+            {"@D@ \"flat@x@\" ", "@D@ \"../../flat@x@\""},
+            {"@d@\".\\FLAT@X@\" tail", "@D@ \"../../FLAT@X@\""},
+            {"@d@X  \"./sub/flat@x@\"", "@D@ \"../../flat@x@\""},
+            {"@D@ \"nowhere\\flat@x@\"", "@D@ \"../../flat@x@\""},
+            {"@D@ \"./sub/deep@x@\"", "@D@ \"@CFG@/sub/deep@x@\""},
+            {"@D@ \"sub/deep@x@\"", "@D@ \"@CFG@/sub/deep@x@\""},
+            {"@D@ \"../up@x@\"", "@D@ \"../../../up@x@\""},
+            {"@D@ \"..\\other\\up@x@\"", "@D@ \"../../../up@x@\""},
+            {"@D@ \"../other/side@x@\"", "@D@ \"@CELL@/other/side@x@\""},
+            {"@D@ \"../../shared@x@\"", "@D@ \"@CELL@/../shared@x@\""},
+            {"@d@ \"@LIB@/shared@x@\"", "@D@ \"@LIB@/shared@x@\""},
+            {"@d@  \"absent@x@\" tail", "@d@  \"absent@x@\" tail"},
+            {"@d@ \"../absent@x@\"", "@d@ \"../absent@x@\""},
+            {"@d@ \"@LIB@/absent@x@\"", "@d@ \"@LIB@/absent@x@\""},
+            {"@D@ \"C:/x/flat@x@\"", "@D@ \"C:/x/flat@x@\""},
+            {"@D@ \"ab/short@x@\"", "@D@ \"ab/short@x@\""},
+            {"@D@ \"folder@x@\"", "@D@ \"folder@x@\""},
+            {"@D@ \"flat.txt\"", kNoLine},
+            {"@D@ \"flat.par\"", kNoLine},
+            {"@D@ \"\"", kNoLine},
+            {"@D@ flat@x@", kNoLine},
+            {"@d@", kNoLine},
+        };
+        std::string lowerName = lowerCase(directive.name);
+        std::vector<std::string> texts;
+        texts.reserve(2 * patterns.size());
+        std::vector<TarnetLine> cases;
+        const auto filled = [&](const char* pattern) -> const char* {
+            if (pattern == kNoLine) return kNoLine;
+            std::string text = replaced(pattern, "@D@", directive.name);
+            text = replaced(text, "@d@", lowerName);
+            text = replaced(text, "@x@", directive.extension);
+            texts.push_back(replaced(text, "@X@", directive.upperCase));
+            return texts.back().c_str();
+        };
+        for (const TarnetLine& pattern : patterns) {
+            const char* line = filled(pattern.line);
+            cases.push_back({line, filled(pattern.written)});
+        }
+        expectTarnetLines(library, cases, [&](const std::string& text) { return deckFor(library, text); });
+    }
+}
+
+TEST(TarnetNetlists, ADirectiveThatNamesAFileOfAnotherKindIsLeftOut) {
+    TarnetLibrary library;
+    prepareDeck(library);
+    expectTarnetLines(library,
+                      {
+                          {".INC \"flat.lib\"", kNoLine},
+                          {".INC \"flat.stl\"", kNoLine},
+                          {".INC \"flat.Inc\"", kNoLine},
+                          {".LIB \"flat.inc\"", kNoLine},
+                          {".LIB \"amp.net\"", kNoLine},
+                          {".LIB \"flat.Lib\"", kNoLine},
+                          {".STMLIB \"flat.lib\"", kNoLine},
+                          {".STMLIB \"flat.Stl\"", kNoLine},
+                          {".LIBRARY", kNoLine},
+                          {" .LIB \"flat.lib\"", " .LIB \"flat.lib\""},
+                          {"* .LIB \"flat.lib\"", "* .LIB \"flat.lib\""},
+                          {".TRAN 1n 1u", ".TRAN 1n 1u"},
+                          {".STM \"flat.stl\"", ".STM \"flat.stl\""},
+                          {".END", ".END"},
+                      },
+                      [&](const std::string& text) { return deckFor(library, text); });
+}
+
+TEST(TarnetNetlists, ADeckKeepsEverythingElse) {
+    TarnetLibrary library;
+    prepareDeck(library);
+    const std::string filling(1023, 'x');
+    struct Case {
+        std::string text;
+        std::string written;
+    };
+    const std::vector<Case> cases = {
+        {"", ""},
+        {"\r\n\n", "\r\n\n"},
+        {"a\0b\n.LIB \"flat.lib\"\0\n"s, "a\0b\n.LIB \"../../flat.lib\"\n"s},
+        {filling + ".LIB \"flat.lib\"\n", filling + ".LIB \"../../flat.lib\"\n"},
+        {filling + "x.LIB \"flat.lib\"\n", filling + "x.LIB \"flat.lib\"\n"},
+        {".INC \"a.net", ".INC \"../../amp.net\"\n"},
+        {".LIB \"flat.lib\n", ".LIB \"flat.lib\n"},  // with its line end it names no file
+    };
+    for (const Case& entry : cases) EXPECT_EQ(deckFor(library, entry.text), entry.written) << entry.text;
+}
+
+TEST(TarnetNetlists, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
+    TarnetLibrary library;
+    library.prepareCell();
+    EXPECT_EQ(rewriteDeck(library), 10105);
+    EXPECT_EQ(lastError(), openForReadingError(library.cfg + "/tran.sim.cir"));
+    library.writeOld("tran.sim.cir", "R1\n");
+    library.makeFolder("amp/tvx_sim_1/profiles/tran/tran.cir");
+    EXPECT_EQ(rewriteDeck(library), 10106);
+    EXPECT_EQ(lastError(), openForWritingError(library.profiles + "/tran/tran.cir"));
+}
+
+// --- references ---
+
+TEST(TarnetNetlists, AReferenceIsMadeForWhatIsThere) {
+    TarnetLibrary library;
+    prepareDeck(library);
+    struct Case {
+        const char* name;
+        std::string result;
+    };
+    const std::vector<Case> cases = {
+        {"flat.inc", "../../flat.inc"},
+        {".\\FLAT.INC", "../../FLAT.INC"},
+        {"./sub/flat.inc", "../../flat.inc"},
+        {"./x/../flat.inc", "../../flat.inc"},
+        {"sub/deep.inc", library.cfg + "/sub/deep.inc"},
+        {"../up.inc", "../../../up.inc"},
+        {"../other/up.inc", "../../../up.inc"},
+        {"../other/side.inc", library.cell + "/other/side.inc"},
+        {"../cfg_analog/flat.inc", library.cell + "/cfg_analog/flat.inc"},
+        {"../../shared.inc", library.cell + "/../shared.inc"},
+        {"../../up.inc", "../../../up.inc"},
+        {"up.inc", ""},
+        {"../flat.inc", ""},
+        {"absent.inc", ""},
+        {"folder.inc", ""},
+        {"ab/short.inc", ""},
+        {"C:/flat.inc", ""},
+        {"//flat.inc", ""},
+        {"./", ""},
+        {"../", ""},
+        {"", ""},
+    };
+    for (const Case& entry : cases) {
+        std::string result = "left over";
+        EXPECT_EQ(library.converter.relocateReference(library.cfg, entry.name, result), 0) << entry.name;
+        EXPECT_EQ(result, entry.result) << entry.name;
+    }
+    std::string result = "left over";
+    const std::string absolute = library.path("shared.lib");
+    EXPECT_EQ(library.converter.relocateReference(library.cfg, withBackslashes(absolute), result), 0);
+    EXPECT_EQ(result, absolute);
+    EXPECT_EQ(library.converter.relocateReference(library.cfg, library.path("absent.lib"), result), 0);
+    EXPECT_EQ(result, "");
+    EXPECT_EQ(lastError(), LastError());
+}
+
+TEST(TarnetNetlists, AFileThatMayNotBeReadIsNotThere) {
+    TarnetLibrary library;
+    prepareDeck(library);
+    openToAll(library.folder.path());
+    ASSERT_EQ(chmod((library.cfg + "/flat.inc").c_str(), 0), 0);
+    EXPECT_TRUE(succeedsWithoutRoot([&] {
+        std::string result = "left over";
+        EXPECT_EQ(library.converter.relocateReference(library.cfg, "flat.inc", result), 0);
+        EXPECT_EQ(result, "");
+        EXPECT_EQ(library.converter.relocateReference(library.cfg, "./sub/flat.inc", result), 0);
+        EXPECT_EQ(result, library.cfg + "/sub/flat.inc");
+        return true;
+    }));
+}
+
+}  // namespace
