@@ -16,7 +16,7 @@
 #include <string>
 #include <utility>
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
 
@@ -183,7 +183,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string oldPath = folders.project + "/amp-S1.opt";
     writeFile(oldPath, text);
 
-    tvxconv::fsutil::forgetFolders();
     tvxconv::DraftelProjectConverter converter((folders.project + "/amp.opj").c_str());
     converter.setProjectDir(folders.project);
     converter.setDestinationDir(folders.destination);

@@ -34,7 +34,7 @@
 #include <random>
 #include <set>
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/letterCase.h"
 #include "support/RandomProject.h"

@@ -2,12 +2,11 @@
 //
 // The published codes and messages, and the store of the last error.
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -233,41 +232,6 @@ TEST(ReportError, ReplacesCodeAndMessageOfAnEarlierFailure) {
     reportError(ERR_COPY_FILE, "a", "b");
     reportError(ERR_FILE_NOT_FOUND, "c");
     expectStored(10104, "File \"c\" does not exist.");
-}
-
-TEST(AttemptErrors, AreKeptFromTheStoreAndFromTheObserver) {
-    reportError(ERR_FILE_NOT_FOUND, "before");
-    const std::uint64_t before = countReportedErrors();
-    int observed = 0;
-    observeErrors([&](int, const std::string&) { ++observed; });
-    std::vector<bool> any;
-    std::thread([&] {
-        const AttemptErrors errors;
-        any.push_back(errors.any());
-        any.push_back(reportError(ERR_CREATE_DIRECTORY, "first") == 10102);
-        any.push_back(errors.any());
-    }).join();
-    observeErrors(nullptr);
-    EXPECT_EQ(any, (std::vector<bool>{false, true, true}));
-    EXPECT_EQ(observed, 0);
-    EXPECT_EQ(countReportedErrors(), before);
-    expectStored(10104, "File \"before\" does not exist.");
-}
-
-TEST(AttemptErrors, AreThoseOfTheirThreadOnly) {
-    const AttemptErrors errors;
-    std::thread([] { reportError(ERR_FILE_NOT_FOUND, "of another thread"); }).join();
-    EXPECT_FALSE(errors.any());
-    expectStored(10104, "File \"of another thread\" does not exist.");
-}
-
-TEST(AttemptErrors, EndWithTheObject) {
-    {
-        const AttemptErrors errors;
-        reportError(ERR_FILE_NOT_FOUND, "an attempt");
-    }
-    reportError(ERR_FILE_NOT_FOUND, "in earnest");
-    expectStored(10104, "File \"in earnest\" does not exist.");
 }
 
 }  // namespace

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "support/TestFolder.h"
 #include "support/fileLimit.h"
 
@@ -728,7 +728,7 @@ TEST_F(CopyFile, FailsWithoutSourceOrPlace) {
     EXPECT_EQ(folder.read("in"), "x");
 }
 
-// --- copyFileIfPresent ---
+// --- copyWholeFileIfPresent ---
 
 using CopyFileIfPresent = Files;
 
@@ -760,7 +760,7 @@ TEST_F(CopyFileIfPresent, TellsAnAbsentSourceFromAFailedCopy) {
     for (const auto& c : cases) {
         for (const bool before : {false, true}) {
             bool isPresent = before;
-            EXPECT_EQ(fsutil::copyFileIfPresent(folder.path(c.from), folder.path(c.to), isPresent), c.status)
+            EXPECT_EQ(fsutil::copyWholeFileIfPresent(folder.path(c.from), folder.path(c.to), isPresent), c.status)
                 << c.from << " to " << c.to;
             EXPECT_EQ(isPresent, c.isPresent) << c.from << " to " << c.to;
             tests::Tree expected = {{"in", "text"}, {"sub/", ""}};
@@ -777,10 +777,10 @@ TEST_F(CopyFileIfPresent, MakesTheCopyWritableAndTakesOnlyWhatMayBeRead) {
     setPermissions(folder.write("secret", "text"), 0);
     EXPECT_TRUE(tests::succeedsWithoutRoot([&] {
         bool isPresent = false;
-        EXPECT_EQ(fsutil::copyFileIfPresent(folder.path("fixed"), folder.path("out"), isPresent), 0);
+        EXPECT_EQ(fsutil::copyWholeFileIfPresent(folder.path("fixed"), folder.path("out"), isPresent), 0);
         EXPECT_TRUE(isPresent);
         EXPECT_EQ(permissionsOf(folder.path("out")) & 0200U, 0200U);
-        EXPECT_EQ(fsutil::copyFileIfPresent(folder.path("secret"), folder.path("out2"), isPresent), 0);
+        EXPECT_EQ(fsutil::copyWholeFileIfPresent(folder.path("secret"), folder.path("out2"), isPresent), 0);
         EXPECT_FALSE(isPresent);
         EXPECT_FALSE(folder.exists("out2"));
         return true;

@@ -468,12 +468,12 @@ TEST(PathOperations, MayWriteOverTheirInput) {
     EXPECT_EQ(text, "a");
 }
 
-TEST(WithBackslashes, TurnsEverySlash) {
+TEST(ToBackslashes, TurnsEverySlash) {
     const struct {
         string path;
         string result;
     } cases[] = {{"", ""}, {"./a/b.lib", ".\\a\\b.lib"}, {"..\\a/b", "..\\a\\b"}, {"a.lib", "a.lib"}};
-    for (const auto& c : cases) EXPECT_EQ(fsutil::withBackslashes(c.path), c.result);
+    for (const auto& c : cases) EXPECT_EQ(fsutil::toBackslashes(c.path), c.result);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "interface/IDraftelProjectConverter.h"
 #include "interface/ITarnetProjectConverter.h"
 #include "support/DraftelProject.h"

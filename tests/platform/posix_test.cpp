@@ -10,7 +10,6 @@
 
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "fsutil/files.h"
 #include "fsutil/lines.h"
@@ -82,26 +81,6 @@ TEST(PosixPlatform, AFileOfSomebodyElseIsReadAllTheSame) {
               0);
     EXPECT_EQ(folder.read("out/first"), "text\n");
     EXPECT_EQ(folder.read("out/second"), "text\n");
-}
-
-bool isBlocked(int signal) {
-    sigset_t blocked;
-    return pthread_sigmask(SIG_SETMASK, nullptr, &blocked) == 0 && sigismember(&blocked, signal) == 1;
-}
-
-// A host's handlers run in the host's threads.
-TEST(PosixPlatform, AThreadOfOursTakesNoSignalsThatAreSentToTheProcess) {
-    std::thread thread;
-    string text;
-    ASSERT_TRUE(platform::startThread(thread, [&] {
-        for (const int signal : {SIGINT, SIGTERM, SIGALRM, SIGUSR1})
-            text += isBlocked(signal) ? "blocked " : "taken ";
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT})
-            text += isBlocked(fault) ? "blocked " : "taken ";
-    }));
-    thread.join();
-    EXPECT_EQ(text, "blocked blocked blocked blocked taken taken taken taken ");
-    for (const int signal : {SIGINT, SIGTERM, SIGALRM, SIGUSR1}) EXPECT_FALSE(isBlocked(signal)) << signal;
 }
 
 }  // namespace

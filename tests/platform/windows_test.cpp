@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "attrlist/AttributeFile.h"
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "fsutil/files.h"
 #include "fsutil/lines.h"
@@ -470,7 +470,9 @@ TEST_F(WindowsPlatform, TemporaryFilesHaveNamesOfTheirOwn) {
     string names[2];
     int descriptors[2] = {-1, -1};
     for (int i = 0; i < 2; ++i) {
-        ASSERT_EQ(platform::openTemporaryBeside(target.c_str(), names[i], descriptors[i]), 0);
+        ASSERT_EQ(platform::openTemporaryBeside(target.c_str(), platform::FileMode::binary, 0666, names[i],
+                                                descriptors[i]),
+                  0);
         EXPECT_EQ(platform::writeSome(descriptors[i], "new\n", 4), 4);
         EXPECT_EQ(platform::flushToDisk(descriptors[i]), 0);
         EXPECT_EQ(platform::closeFile(descriptors[i]), 0);

@@ -10,7 +10,7 @@
 #include <cctype>
 #include <filesystem>
 
-#include "converter/errors.h"
+#include "errors/errors.h"
 #include "support/coverage.h"
 
 namespace tests {

@@ -145,21 +145,7 @@ const std::vector<std::pair<const char*, const char*>> kPlaces = {
     {"a.libx", ""},
 };
 
-TEST(TarnetClassification, EachFileHasItsPlace) {
-    TarnetLibrary library;
-    library.prepareCell();
-    for (const auto& [name, expected] : kPlaces) {
-        std::string place = "left over";
-        EXPECT_EQ(library.converter.placeInNewView(name, place), *expected == '\0' ? 1 : 0) << name;
-        EXPECT_EQ(place, expected) << name;
-    }
-    EXPECT_EQ(lastError(), LastError());
-}
-
-TEST(TarnetClassification, OnlyTheCellsOwnPropertiesAreCalledAfterIt) {
-    TarnetLibrary library;
-    library.prepareCell();
-    library.converter.setCellName("Top 1");
+TEST(TarnetRelocation, OnlyTheCellsOwnPropertiesAreCalledAfterIt) {
     const std::vector<std::pair<const char*, const char*>> cases = {
         {"Top 1-Top 1.prp", "Top 1_sch.prp"},
         {"TOP 1-top 1.prp", "Top 1_sch.prp"},
@@ -168,9 +154,12 @@ TEST(TarnetClassification, OnlyTheCellsOwnPropertiesAreCalledAfterIt) {
         {"xTop 1-Top 1.prp", "xTop 1-Top 1.prp"},
     };
     for (const auto& [name, expected] : cases) {
-        std::string place = "left over";
-        EXPECT_EQ(library.converter.placeInNewView(name, place), 0) << name;
-        EXPECT_EQ(place, expected) << name;
+        TarnetLibrary library;
+        knowCell(library);
+        library.converter.setCellName("Top 1");
+        library.writeOld(name, "properties");
+        EXPECT_EQ(library.converter.relocateCellFiles(), 0) << name;
+        EXPECT_EQ(library.newView(), (Tree{{expected, "properties"}, {"master.tag", "Top 1.net"}})) << name;
     }
 }
 
