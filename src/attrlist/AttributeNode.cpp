@@ -23,24 +23,20 @@ std::size_t Attribute::sizeFor(std::string_view key, std::string_view value) {
     return sizeof(Attribute) + key.size() + 1 + value.size() + 1;
 }
 
-Attribute* Attribute::createAt(void* memory, std::size_t placeInBlock, std::string_view key,
-                               std::string_view value, AttributeNode* owner) {
-    char* const keyPlace = static_cast<char*>(memory) + sizeof(Attribute);
-    *std::copy(key.begin(), key.end(), keyPlace) = '\0';
-    char* const valuePlace = keyPlace + key.size() + 1;
-    *std::copy(value.begin(), value.end(), valuePlace) = '\0';
-    return new (memory) Attribute(owner, placeInBlock, key.size() + 1);
+Attribute::Attribute(AttributeNode* owner, std::size_t placeInBlock, std::string_view key,
+                     std::string_view value)
+    : owner_(owner),
+      placeInBlock_(static_cast<std::uint32_t>(placeInBlock)),
+      valueAt_(static_cast<std::uint32_t>(key.size() + 1)) {
+    char* const text = reinterpret_cast<char*>(this + 1);
+    *std::copy(key.begin(), key.end(), text) = '\0';
+    *std::copy(value.begin(), value.end(), text + valueAt_) = '\0';
 }
 
 void Attribute::Deleter::operator()(Attribute* attribute) const {
-    const std::uint32_t placeInBlock = attribute->placeInBlock_;
+    char* const block = reinterpret_cast<char*>(attribute) - attribute->placeInBlock_;
     attribute->~Attribute();
-    if (placeInBlock == 0) {
-        ::operator delete(attribute);
-    } else {
-        char* const block = reinterpret_cast<char*>(attribute) - placeInBlock;
-        AttributeBlocks::release(reinterpret_cast<AttributeBlocks::Block*>(block));
-    }
+    AttributeBlocks::release(reinterpret_cast<AttributeBlocks::Block*>(block));
 }
 
 AttributeNode::AttributeNode(const char* name, AttributeNode* parent)
@@ -48,8 +44,8 @@ AttributeNode::AttributeNode(const char* name, AttributeNode* parent)
 
 AttributeNode::~AttributeNode() {
     leaveParent();
-    // Down to a node without children, delete it, and back to its parent: as deep as the tree may be, this
-    // needs neither a call for each level nor memory.
+    // Goes down to a node without children, deletes it and returns to its parent: no recursion, however deep
+    // the tree is, and no memory.
     AttributeNode* node = this;
     for (;;) {
         if (!node->children_.empty()) {
@@ -84,7 +80,7 @@ Attribute* AttributeNode::nextAttribute() {
     return nextAttribute_ < attributes_.size() ? attributes_[nextAttribute_++].get() : nullptr;
 }
 
-// The number of the first attribute of this key; that of attributes when there is none.
+// The number of the first attribute of this key, or attributes_.size() if there is none.
 std::size_t AttributeNode::indexOf(const char* key) const {
     if (key == nullptr) return attributes_.size();
     const auto found = std::find_if(attributes_.begin(), attributes_.end(), [&](const auto& attribute) {
@@ -104,11 +100,8 @@ const char* AttributeNode::attributeValue(const char* key) const {
 }
 
 Attribute* AttributeNode::addAttribute(const char* key, const char* value) {
-    const std::string_view keyText = textOf(key);
-    const std::string_view valueText = textOf(value);
-    void* const memory = ::operator new(Attribute::sizeFor(keyText, valueText));
-    Attribute::Owner attribute(Attribute::createAt(memory, 0, keyText, valueText, this));
-    return attributes_.emplace_back(std::move(attribute)).get();
+    AttributeBlocks block(AttributeBlocks::kForOne);
+    return addAttribute(key, value, block);
 }
 
 Attribute* AttributeNode::addAttribute(const char* key, const char* value, AttributeBlocks& blocks) {
@@ -187,7 +180,7 @@ void AttributeNode::qualifiedName(std::string& out) {
     for (const AttributeNode* node = parent_; node != nullptr; node = node->parent_) {
         size += node->name_.size() + 1;
     }
-    // Filled from its end, the way the links lead.
+    // Filled from its end, because the links lead upwards.
     out.resize(size, '.');
     for (const AttributeNode* node = this;; node = node->parent_) {
         size -= node->name_.size();
@@ -204,7 +197,7 @@ AttributeNode* AttributeNode::createNode(const char* name, AttributeNode* parent
 }
 
 // The same for a caller that knows the root and the qualified name of the parent: finding them takes longer
-// the deeper the parent lies. `parentKey` is left as it was.
+// the deeper the parent is. `parentKey` comes back unchanged.
 AttributeNode* AttributeNode::createNode(const char* name, AttributeNode* parent, AttributeNode* root,
                                          std::string& parentKey) {
     const std::size_t size = parentKey.size();

@@ -1,110 +1,63 @@
-#include <algorithm>
-#include <cstring>
-#include <iterator>
+#include "attrlist/ReaderState.h"
 
-#include "attrlist/reader.h"
+#include <cstring>
+#include <utility>
 
 namespace tvxconv::attrlist {
-namespace {
 
-constexpr std::size_t kSmallestBlock = 4096;
-constexpr std::size_t kLargestBlock = 256 * 1024;
-constexpr unsigned char kEmptyBlock[] = {'\0'};
+ReaderState::ReaderState(std::FILE* stream) : stream_(stream), begin_(&single_), at_(begin_), end_(begin_) {}
 
-}  // namespace
+ReaderState::ReaderState(NextBlock nextBlock)
+    : nextBlock_(std::move(nextBlock)), begin_(&single_), at_(begin_), end_(begin_) {}
 
-ReaderState::ReaderState(std::FILE* stream)
-    : stream_(stream), begin_(kEmptyBlock), at_(kEmptyBlock), end_(kEmptyBlock) {}
-
-ReaderState::~ReaderState() {
-    finish();
+void ReaderState::putBack() {
+    --at_;
+    tookBackLineEnd_ = *at_ == '\n';
+    if (stream_ == nullptr) return;
+    std::ungetc(static_cast<unsigned char>(*at_), stream_);
+    end_ = at_;
 }
 
 int ReaderState::line() const {
-    // In pieces whose count a byte can hold: compilers make instructions for many bytes at once of that.
-    constexpr std::ptrdiff_t kPiece = 255;
-    int lines = lineBefore_;
-    for (const unsigned char* at = begin_; at != at_;) {
-        const unsigned char* const end = at + std::min(kPiece, at_ - at);
-        unsigned char count = 0;
-        for (; at != end; ++at) count = static_cast<unsigned char>(count + (*at == '\n' ? 1 : 0));
-        lines += count;
+    int line = lineBefore_;
+    const char* at = begin_;
+    while (const void* lineEnd = std::memchr(at, '\n', static_cast<std::size_t>(at_ - at))) {
+        at = static_cast<const char*>(lineEnd) + 1;
+        ++line;
     }
-    return lines;
+    return line;
 }
 
 int ReaderState::column() const {
-    if (tookBackLineEnd_) return 80;
-    const auto lineEnd = std::find(std::reverse_iterator(at_), std::reverse_iterator(begin_), '\n');
-    const auto taken = static_cast<int>(at_ - lineEnd.base());
-    return lineEnd.base() == begin_ ? columnBefore_ + taken : taken;
+    constexpr int kAfterLineEndPutBack = 80;
+    if (tookBackLineEnd_) return kAfterLineEndPutBack;
+    const std::string_view taken(begin_, static_cast<std::size_t>(at_ - begin_));
+    const std::size_t lineEnd = taken.rfind('\n');
+    return lineEnd == std::string_view::npos ? columnBefore_ + static_cast<int>(taken.size())
+                                             : static_cast<int>(taken.size() - lineEnd - 1);
 }
 
 std::uint64_t ReaderState::count() const {
     return countBefore_ + static_cast<std::uint64_t>(at_ - begin_);
 }
 
-// Reads the next block, when the last one is used up. False at the end of the input.
+// Gets the next block when the current one is used up. Returns false at the end of the input.
 bool ReaderState::fill() {
     const int lineReached = line();
     const int columnReached = column();
-    const std::uint64_t countReached = count();
-    if (!singly_) {
-        blockOffset_ = std::ftell(stream_);
-        if (countReached == 0) startOffset_ = blockOffset_;
-        singly_ = blockOffset_ == -1;
-    }
-    // Small blocks first: an expression may be short, with much behind it that is not ours.
-    const std::size_t size = singly_ ? 1 : std::clamp(blockSize_ * 4, kSmallestBlock, kLargestBlock);
-    if (size > blockSize_) {
-        begin_ = at_ = end_ = kEmptyBlock;
-        block_ = std::make_unique_for_overwrite<unsigned char[]>(size + 1);
-        blockSize_ = size;
-    }
+    countBefore_ = count();
     lineBefore_ = lineReached;
     columnBefore_ = columnReached;
-    countBefore_ = countReached;
-    std::size_t got = 0;
-    if (!singly_) {
-        got = std::fread(block_.get(), 1, size, stream_);
+    std::string_view block;
+    if (stream_ == nullptr) {
+        block = nextBlock_();
     } else if (const int c = std::fgetc(stream_); c != EOF) {
-        block_[0] = static_cast<unsigned char>(c);
-        got = 1;
+        single_ = static_cast<char>(c);
+        block = {&single_, 1};
     }
-    block_[got] = '\0';
-    begin_ = at_ = block_.get();
-    end_ = begin_ + got;
-    sawEnd_ = got == 0;
-    return !sawEnd_;
-}
-
-void ReaderState::finish() {
-    if (isFinished_) return;
-    isFinished_ = true;
-    if (singly_) {
-        if (at_ != end_) std::ungetc(*at_, stream_);
-        return;
-    }
-    // Where all was taken the stream stands right, unless it knows of an end that nobody has asked for yet.
-    if (at_ == end_ && (sawEnd_ || std::feof(stream_) == 0)) return;
-    if (setBack(blockOffset_, static_cast<std::uint64_t>(at_ - begin_), begin_)) return;
-    // Some runtimes are wrong about places in the middle of a text file with foreign line ends.
-    setBack(startOffset_, count(), nullptr);
-}
-
-// Goes to the offset and past so many characters. False where the stream cannot, or where the characters are
-// not those expected (if any).
-bool ReaderState::setBack(long offset, std::uint64_t size, const unsigned char* expected) {
-    if (std::fseek(stream_, offset, SEEK_SET) != 0) return false;
-    unsigned char passed[4096];
-    while (size > 0) {
-        const auto piece = static_cast<std::size_t>(std::min<std::uint64_t>(size, sizeof passed));
-        if (std::fread(passed, 1, piece, stream_) != piece) return false;
-        if (expected != nullptr && std::memcmp(passed, expected, piece) != 0) return false;
-        if (expected != nullptr) expected += piece;
-        size -= piece;
-    }
-    return true;
+    begin_ = at_ = block.empty() ? &single_ : block.data();
+    end_ = begin_ + block.size();
+    return !block.empty();
 }
 
 }  // namespace tvxconv::attrlist

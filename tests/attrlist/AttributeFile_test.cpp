@@ -397,12 +397,49 @@ TEST_F(AttributeFiles, TellWhenAFileCannotBeOpenedForWriting) {
     EXPECT_EQ(file.write(nullptr), 1002) << "the remembered path is a folder";
 }
 
-TEST_F(AttributeFiles, DoNotNoticeAFullDisk) {
+TEST_F(AttributeFiles, AreRemovedWhereTheDiskIsFull) {
     AttributeFile file(0);
     for (int i = 0; i < 20000; ++i) file.addAttribute("key", "value");
     const string path = folder_.path("written.aap");
-    EXPECT_TRUE(tests::succeedsWithFileLimit(4096, [&] { return file.write(path.c_str()) == 1007; }));
-    EXPECT_EQ(folder_.read("written.aap").size(), 4096u) << "the limit was met";
+    EXPECT_TRUE(tests::succeedsWithFileLimit(
+        4096, [&] { return file.write(path.c_str()) == 1007 && !file.isWrittenWhole(); }));
+    EXPECT_EQ(tests::treeOf(folder_.path()).size(), 0u) << "a part is not left for the whole";
+    EXPECT_EQ(file.write(path.c_str()), 1007);
+    EXPECT_TRUE(file.isWrittenWhole());
+}
+
+TEST_F(AttributeFiles, TellOfEachWriteWhetherAllWasWritten) {
+    const string path = folder_.write("a.aap", "(FILE_TYPE \"PMAP File\" (a 1))");
+    AttributeFile file(0);
+    EXPECT_FALSE(file.isWrittenWhole());
+    EXPECT_EQ(file.open(path.c_str()), 1003);
+    EXPECT_EQ(file.read(), 1009);
+    EXPECT_EQ(file.write(folder_.path("b.aap").c_str()), 1007);
+    EXPECT_TRUE(file.isWrittenWhole());
+    EXPECT_EQ(file.write(nullptr), 1007);
+    EXPECT_FALSE(file.isWrittenWhole()) << "it was open, and is only closed";
+    EXPECT_EQ(file.write(nullptr), 1007);
+    EXPECT_TRUE(file.isWrittenWhole());
+    EXPECT_EQ(file.write(folder_.path("no/such/folder.aap").c_str()), 1002);
+    EXPECT_FALSE(file.isWrittenWhole());
+}
+
+TEST_F(AttributeFiles, GoOnWithTheNextExpressionWhereverTheFirstEnds) {
+    for (const string end : {"\n", "\r\n"}) {
+        for (std::size_t size = 65536 - 20; size <= 65536 + 4; ++size) {
+            string text = "(FILE_TYPE \"PMAP File\"" + end;
+            text += string(size - text.size() - 1, ' ') + ")" + end;
+            text += "(FILE_TYPE \"Derate File\" (b \"x\\\"y\"))" + end;
+            AttributeFile file(0);
+            ASSERT_EQ(file.open(folder_.write("a.aap", text).c_str()), 1003);
+            EXPECT_EQ(file.read(), 1009) << size;
+            EXPECT_EQ(file.type(), 2) << size;
+            EXPECT_EQ(file.read(), 1009) << size;
+            EXPECT_EQ(file.type(), 5) << size;
+            EXPECT_EQ(treeText(file), "FILE_TYPE{b=x\"y}") << size;
+            EXPECT_EQ(file.read(), 1011) << size;
+        }
+    }
 }
 
 TEST_F(AttributeFiles, CutOffAnywhereAreMalformedAndTellNothing) {

@@ -196,6 +196,8 @@ TEST(AttributeNode, KnowsItsRootAndQualifiedName) {
     AttributeNode* const grandchild = child->addChild("Item");
     EXPECT_EQ(root.root(), &root);
     EXPECT_EQ(grandchild->root(), &root);
+    const AttributeNode& constant = *grandchild;
+    EXPECT_EQ(constant.root(), &root);
     EXPECT_EQ(qualifiedNameOf(root), "Root");
     EXPECT_EQ(qualifiedNameOf(*child), "Root.");
     EXPECT_EQ(qualifiedNameOf(*grandchild), "Root..Item");

@@ -13,6 +13,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 
 #include "attrlist/AttributeNode.h"
 #include "attrlist/CellPool.h"
@@ -27,12 +28,14 @@ struct StreamCloser {
 };
 using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
-// A stream that reads `text`: from a file, from memory, or from something that can only go forward.
-enum class StreamKind { file, memory, forward };
+// A stream that reads `text`: from a file, from memory, from something that can only go forward, or from
+// something that claims to be at its beginning wherever it is.
+enum class StreamKind { file, memory, forward, misplaced };
 #ifdef _WIN32
 constexpr StreamKind kStreamKinds[] = {StreamKind::file};
 #else
-constexpr StreamKind kStreamKinds[] = {StreamKind::file, StreamKind::memory, StreamKind::forward};
+constexpr StreamKind kStreamKinds[] = {StreamKind::file, StreamKind::memory, StreamKind::forward,
+                                       StreamKind::misplaced};
 #endif
 
 #ifdef _WIN32
@@ -74,9 +77,24 @@ inline Stream streamOf(const std::string& text, StreamKind kind = StreamKind::fi
         delete static_cast<Source*>(cookie);
         return 0;
     };
+    if (kind == StreamKind::misplaced) {
+        functions.seek = [](void*, off64_t* offset, int) {
+            *offset = 0;
+            return 0;
+        };
+    }
     return Stream(fopencookie(new Source{text}, "r", functions));
 }
 #endif
+
+// Delivers `text`, which must outlive it, in blocks of this size.
+inline attrlist::ReaderState::NextBlock inBlocks(std::string_view text, std::size_t size) {
+    return [text, size]() mutable {
+        const std::string_view block = text.substr(0, size);
+        text.remove_prefix(block.size());
+        return block;
+    };
+}
 
 // What the stream still holds.
 inline std::string restOf(std::FILE* stream) {
