@@ -68,14 +68,6 @@ void renameProfilesOfMeasurements(AttributeNode& analysis, const DraftelProjectC
     }
 }
 
-// Writes the document as `path`. What is not whole is removed.
-bool writeDocument(AttributeFile& document, const std::string& path) {
-    if (document.write(path.c_str()) != attrlist::kWritten) return false;
-    if (document.isWrittenWhole()) return true;
-    fsutil::deleteFile(path);
-    return false;
-}
-
 }  // namespace
 
 bool canReadAnalysisProfile(const std::string& path) {
@@ -99,7 +91,8 @@ int DraftelProjectConverter::relocateAnalysisProfile(std::string& newPath, const
         }
     }
     // Through a link the old file itself would be changed.
-    const bool isWritten = !fsutil::isSameFile(source, target) && writeDocument(document, target);
+    const bool isWritten = !fsutil::isSameFile(source, target) &&
+                           document.write(target.c_str()) == attrlist::kWritten && document.isWrittenWhole();
     return isWritten ? 0 : reportError(ERR_WRITE_FILE, target);
 }
 

@@ -225,6 +225,10 @@ bool isSameFile(const std::string& a, const std::string& b) {
            platform::isSameFile(first, second);
 }
 
+bool isLink(const std::string& path) {
+    return platform::followLinks(path) != platform::pathOnDisk(path);
+}
+
 int ensureDirectory(const std::string& path) {
     if (!isPathText(path)) return 1;
     if (checkPath(path.c_str(), 0, kExists) != 0) return makeDirectory(path.c_str(), kFolderMode) < 0 ? 1 : 0;

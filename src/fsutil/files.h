@@ -85,6 +85,9 @@ bool isPresentFile(const std::string& path);
 // Whether both paths name one file or folder that is there, be it through links.
 bool isSameFile(const std::string& a, const std::string& b);
 
+// Whether the path is that of a symbolic link which leads to something.
+bool isLink(const std::string& path);
+
 // Makes the folder, one level, where nothing is there; what is there must be writable (a writable
 // plain file passes too). Returns 0 or 1.
 int ensureDirectory(const std::string& path);

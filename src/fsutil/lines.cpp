@@ -1,6 +1,7 @@
 #include "fsutil/lines.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <utility>
@@ -116,9 +117,12 @@ int LineWriter::openReplacement(const std::string& path) {
     if (!isPathText(path)) return 1;
     const std::string place = platform::followLinks(path);
     platform::FileStatus status;
-    const bool isThere = platform::getStatus(place.c_str(), status) == 0;
-    const bool isFile = status.kind == platform::FileKind::regular;
-    if (isThere && (!isFile || platform::checkAccess(place.c_str(), kWritable) != 0)) return 1;
+    const int error = platform::getStatus(place.c_str(), status);
+    const bool isThere = error != ENOENT;
+    if (isThere && (error != 0 || status.kind != platform::FileKind::regular ||
+                    platform::checkAccess(place.c_str(), kWritable) != 0)) {
+        return 1;
+    }
     const unsigned permissions = isThere ? status.permissions : kPermissions;
     if (platform::openTemporaryBeside(place.c_str(), platform::FileMode::text, permissions, path_,
                                       descriptor_) != 0) {

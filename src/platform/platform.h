@@ -111,10 +111,6 @@ int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus*
 int openForWriting(const char* path, FileMode mode, unsigned permissions, const FileStatus* source,
                    int& descriptor, FileStatus* opened = nullptr);
 
-// Makes a stream of the runtime from what openForReading opened in text mode: closing it closes the
-// descriptor. Null where there is no memory for it; the descriptor is closed then, too.
-std::FILE* readingStream(int descriptor);
-
 // Makes a new file in the folder of `path`, under a name that no other file has, open for writing.
 // `permissions` as with openForWriting.
 int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, std::string& temporary,

@@ -286,12 +286,6 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
     return 0;
 }
 
-std::FILE* readingStream(int descriptor) {
-    std::FILE* const stream = fdopen(descriptor, "r");
-    if (stream == nullptr) close(descriptor);
-    return stream;
-}
-
 int openTemporaryBeside(const char* path, FileMode, unsigned permissions, std::string& temporary,
                         int& descriptor) {
     static unsigned count = 0;

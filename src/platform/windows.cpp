@@ -362,12 +362,6 @@ int openForWriting(const char* path, FileMode mode, unsigned permissions, const 
     return 0;
 }
 
-std::FILE* readingStream(int descriptor) {
-    std::FILE* const stream = _fdopen(descriptor, "rt");
-    if (stream == nullptr) _close(descriptor);
-    return stream;
-}
-
 int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, std::string& temporary,
                         int& descriptor) {
     static unsigned count = 0;
