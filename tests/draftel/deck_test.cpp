@@ -14,6 +14,7 @@
 #include "draftel/DraftelProjectConverter.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
+#include "support/lineCases.h"
 
 namespace {
 
@@ -23,32 +24,10 @@ using testing::IsEmpty;
 using tvxconv::DraftelProjectConverter;
 namespace fs = std::filesystem;
 
-// One line, without its end, and what is written in its place; null for nothing. @UP@ stands for the folder
-// that the project folder is in.
-struct LineCase {
-    const char* line;
-    const char* written;
-};
-
-const char* const kDropped = nullptr;
-
-// What every rewriting does with lines: LF, CRLF, and a last line without an end. What is copied keeps having
-// none, what is new gets one.
+// @UP@ stands for the folder that the project folder is in.
 template <class Rewritten>
 void expectLines(const DraftelProject& project, const std::vector<LineCase>& cases, Rewritten rewritten) {
-    for (const LineCase& entry : cases) {
-        const std::string line = replaced(entry.line, "@UP@", project.folder.path());
-        const bool isDropped = entry.written == kDropped;
-        const std::string written = isDropped ? "" : replaced(entry.written, "@UP@", project.folder.path());
-        for (const char* end : {"\n", "\r\n"}) {
-            EXPECT_EQ(rewritten("* title"s + end + line + end + "R1 1 0 1k" + end),
-                      "* title"s + end + (isDropped ? "" : written + end) + "R1 1 0 1k" + end)
-                << line;
-        }
-        const std::string last = isDropped ? "" : written == line ? line : written + "\n";
-        EXPECT_EQ(rewritten("* title\n" + line), "* title\n" + last) << line;
-    }
-    EXPECT_EQ(lastError(), LastError());
+    tests::expectLines(cases, {{"@UP@", project.folder.path()}}, rewritten);
 }
 
 // --- the netlist of a schematic ---

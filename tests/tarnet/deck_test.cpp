@@ -37,21 +37,20 @@ TEST(TarnetNetlists, OfANetlistsIncludesOnlyTheParameterFileStays) {
     TarnetLibrary library;
     library.prepareCell();
     library.writeOld("model.lib", "present");
-    expectTarnetLines(library,
-                      {
+    expectLines({
                           {".INC \"x.par\"", ".INC \"../Cell.par\""},
                           {".inc \"amp.PAR\"", ".INC \"../Cell.par\""},
                           {".Inc\"x.par.old\"tail", ".INC \"../Cell.par\""},
                           {".INCLUDE \"C:\\x\\y.par\" ", ".INC \"../Cell.par\""},
-                          {".INC \"amp.Par\"", kNoLine},
-                          {".INC \"par\"", kNoLine},
-                          {".INC \"model.lib\"", kNoLine},
-                          {".inc \"amp.inc\"", kNoLine},
-                          {".INC \"a\" \"b.par\"", kNoLine},
-                          {".INC", kNoLine},
-                          {".INC amp.par", kNoLine},
-                          {".inc \"\"", kNoLine},
-                          {".INC \"\"amp.par\"", kNoLine},
+                          {".INC \"amp.Par\"", kDropped},
+                          {".INC \"par\"", kDropped},
+                          {".INC \"model.lib\"", kDropped},
+                          {".inc \"amp.inc\"", kDropped},
+                          {".INC \"a\" \"b.par\"", kDropped},
+                          {".INC", kDropped},
+                          {".INC amp.par", kDropped},
+                          {".inc \"\"", kDropped},
+                          {".INC \"\"amp.par\"", kDropped},
                           {".IN \"amp.par\"", ".IN \"amp.par\""},
                           {" .INC \"amp.par\"", " .INC \"amp.par\""},
                           {"* .INC \"amp.par\"", "* .INC \"amp.par\""},
@@ -59,8 +58,7 @@ TEST(TarnetNetlists, OfANetlistsIncludesOnlyTheParameterFileStays) {
                           {".STMLIB \"amp.stl\"", ".STMLIB \"amp.stl\""},
                           {"V1 1 0 \"5\" %s %d \\", "V1 1 0 \"5\" %s %d \\"},
                           {"\xE4\x01\x7F", "\xE4\x01\x7F"},
-                      },
-                      [&](const std::string& text) { return netlistFor(library, text); });
+                      }, library.places(), [&](const std::string& text) { return netlistFor(library, text); });
 }
 
 TEST(TarnetNetlists, ANetlistKeepsEverythingElse) {
@@ -183,15 +181,13 @@ void prepareDeck(TarnetLibrary& library) {
 TEST(TarnetNetlists, ADeckIncludesTheCellsNetlistTwoLevelsUp) {
     TarnetLibrary library;
     prepareDeck(library);
-    expectTarnetLines(library,
-                      {
+    expectLines({
                           {".INC \"tran.net\"", ".INC \"../../amp.net\""},
                           {".inc \"C:\\any\\other.NET\" tail", ".INC \"../../amp.net\""},
                           {".INCLUDE\".net\"", ".INC \"../../amp.net\""},
                           {".INC \"absent.net.inc\"", ".INC \"../../amp.net\""},
-                          {".INC \"amp.Net\"", kNoLine},
-                      },
-                      [&](const std::string& text) { return deckFor(library, text); });
+                          {".INC \"amp.Net\"", kDropped},
+                      }, library.places(), [&](const std::string& text) { return deckFor(library, text); });
 }
 
 TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
@@ -205,7 +201,7 @@ TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
         TarnetLibrary library;
         prepareDeck(library);
         // With the directive and the extensions put in.
-        const std::vector<TarnetLine> patterns = {
+        const std::vector<LineCase> patterns = {
             {"@D@ \"flat@x@\" ", "@D@ \"../../flat@x@\""},
             {"@d@\".\\FLAT@X@\" tail", "@D@ \"../../FLAT@X@\""},
             {"@d@X  \"./sub/flat@x@\"", "@D@ \"../../flat@x@\""},
@@ -223,53 +219,51 @@ TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
             {"@D@ \"C:/x/flat@x@\"", "@D@ \"C:/x/flat@x@\""},
             {"@D@ \"ab/short@x@\"", "@D@ \"ab/short@x@\""},
             {"@D@ \"folder@x@\"", "@D@ \"folder@x@\""},
-            {"@D@ \"flat.txt\"", kNoLine},
-            {"@D@ \"flat.par\"", kNoLine},
-            {"@D@ \"\"", kNoLine},
-            {"@D@ flat@x@", kNoLine},
-            {"@d@", kNoLine},
+            {"@D@ \"flat.txt\"", kDropped},
+            {"@D@ \"flat.par\"", kDropped},
+            {"@D@ \"\"", kDropped},
+            {"@D@ flat@x@", kDropped},
+            {"@d@", kDropped},
         };
         std::string lowerName = lowerCase(directive.name);
         std::vector<std::string> texts;
         texts.reserve(2 * patterns.size());
-        std::vector<TarnetLine> cases;
+        std::vector<LineCase> cases;
         const auto filled = [&](const char* pattern) -> const char* {
-            if (pattern == kNoLine) return kNoLine;
+            if (pattern == kDropped) return kDropped;
             std::string text = replaced(pattern, "@D@", directive.name);
             text = replaced(text, "@d@", lowerName);
             text = replaced(text, "@x@", directive.extension);
             texts.push_back(replaced(text, "@X@", directive.upperCase));
             return texts.back().c_str();
         };
-        for (const TarnetLine& pattern : patterns) {
+        for (const LineCase& pattern : patterns) {
             const char* line = filled(pattern.line);
             cases.push_back({line, filled(pattern.written)});
         }
-        expectTarnetLines(library, cases, [&](const std::string& text) { return deckFor(library, text); });
+        expectLines(cases, library.places(), [&](const std::string& text) { return deckFor(library, text); });
     }
 }
 
 TEST(TarnetNetlists, ADirectiveThatNamesAFileOfAnotherKindIsLeftOut) {
     TarnetLibrary library;
     prepareDeck(library);
-    expectTarnetLines(library,
-                      {
-                          {".INC \"flat.lib\"", kNoLine},
-                          {".INC \"flat.stl\"", kNoLine},
-                          {".INC \"flat.Inc\"", kNoLine},
-                          {".LIB \"flat.inc\"", kNoLine},
-                          {".LIB \"amp.net\"", kNoLine},
-                          {".LIB \"flat.Lib\"", kNoLine},
-                          {".STMLIB \"flat.lib\"", kNoLine},
-                          {".STMLIB \"flat.Stl\"", kNoLine},
-                          {".LIBRARY", kNoLine},
+    expectLines({
+                          {".INC \"flat.lib\"", kDropped},
+                          {".INC \"flat.stl\"", kDropped},
+                          {".INC \"flat.Inc\"", kDropped},
+                          {".LIB \"flat.inc\"", kDropped},
+                          {".LIB \"amp.net\"", kDropped},
+                          {".LIB \"flat.Lib\"", kDropped},
+                          {".STMLIB \"flat.lib\"", kDropped},
+                          {".STMLIB \"flat.Stl\"", kDropped},
+                          {".LIBRARY", kDropped},
                           {" .LIB \"flat.lib\"", " .LIB \"flat.lib\""},
                           {"* .LIB \"flat.lib\"", "* .LIB \"flat.lib\""},
                           {".TRAN 1n 1u", ".TRAN 1n 1u"},
                           {".STM \"flat.stl\"", ".STM \"flat.stl\""},
                           {".END", ".END"},
-                      },
-                      [&](const std::string& text) { return deckFor(library, text); });
+                      }, library.places(), [&](const std::string& text) { return deckFor(library, text); });
 }
 
 TEST(TarnetNetlists, ADeckKeepsEverythingElse) {
