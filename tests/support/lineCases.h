@@ -24,8 +24,8 @@ constexpr const char* kDropped = nullptr;
 // Marks in the lines, and the folders that they stand for.
 using Places = std::vector<std::pair<std::string, std::string>>;
 
-// Each line between others that stay, with LF and with CRLF, and as a last line without an end: what is copied keeps
-// having none, what is new gets one. `rewritten` makes the new text of an old one.
+// Each line between others that stay, with LF and with CRLF, and as a last line without an end: what is
+// copied keeps having none, what is new gets one. `rewritten` makes the new text of an old one.
 template <class Rewritten>
 void expectLines(const std::vector<LineCase>& cases, const Places& places, Rewritten rewritten) {
     const auto here = [&](const char* text) {

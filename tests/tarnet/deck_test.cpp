@@ -1,9 +1,8 @@
 // deck_test.cpp
 //
-// The rewriting of the netlist of a cell and of the decks of its profiles, and the references to include,
-// library and stimulus files in a deck.
+// The rewriting of the decks of a Tarnet cell's profiles, and the references to include, library and stimulus
+// files in them.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -12,140 +11,12 @@
 #include <vector>
 
 #include "support/TarnetLibrary.h"
-#include "support/fileLimit.h"
 
 namespace {
 
 using namespace tests;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
-
-// --- the netlist ---
-
-int rewriteNetlist(TarnetLibrary& library) {
-    return library.converter.rewriteNetlist(library.cfg + "/old.net", library.view + "/new.net", "Cell");
-}
-
-std::string netlistFor(TarnetLibrary& library, const std::string& text) {
-    library.writeOld("old.net", text);
-    EXPECT_EQ(rewriteNetlist(library), 0) << text;
-    EXPECT_EQ(library.read("amp/cfg_analog/old.net"), text);
-    return library.readNew("new.net");
-}
-
-TEST(TarnetNetlists, OfANetlistsIncludesOnlyTheParameterFileStays) {
-    TarnetLibrary library;
-    library.prepareCell();
-    library.writeOld("model.lib", "present");
-    expectLines({
-                          {".INC \"x.par\"", ".INC \"../Cell.par\""},
-                          {".inc \"amp.PAR\"", ".INC \"../Cell.par\""},
-                          {".Inc\"x.par.old\"tail", ".INC \"../Cell.par\""},
-                          {".INCLUDE \"C:\\x\\y.par\" ", ".INC \"../Cell.par\""},
-                          {".INC \"amp.Par\"", kDropped},
-                          {".INC \"par\"", kDropped},
-                          {".INC \"model.lib\"", kDropped},
-                          {".inc \"amp.inc\"", kDropped},
-                          {".INC \"a\" \"b.par\"", kDropped},
-                          {".INC", kDropped},
-                          {".INC amp.par", kDropped},
-                          {".inc \"\"", kDropped},
-                          {".INC \"\"amp.par\"", kDropped},
-                          {".IN \"amp.par\"", ".IN \"amp.par\""},
-                          {" .INC \"amp.par\"", " .INC \"amp.par\""},
-                          {"* .INC \"amp.par\"", "* .INC \"amp.par\""},
-                          {".LIB \"amp.lib\"", ".LIB \"amp.lib\""},
-                          {".STMLIB \"amp.stl\"", ".STMLIB \"amp.stl\""},
-                          {"V1 1 0 \"5\" %s %d \\", "V1 1 0 \"5\" %s %d \\"},
-                          {"\xE4\x01\x7F", "\xE4\x01\x7F"},
-                      }, library.places(), [&](const std::string& text) { return netlistFor(library, text); });
-}
-
-TEST(TarnetNetlists, ANetlistKeepsEverythingElse) {
-    TarnetLibrary library;
-    library.prepareCell();
-    const std::string filling(1023, 'x');
-    struct Case {
-        std::string text;
-        std::string written;
-    };
-    const std::vector<Case> cases = {
-        {"", ""},
-        {"\n\r\n\n", "\n\r\n\n"},
-        {"R1 1 0 1k", "R1 1 0 1k"},
-        {"a\0b\n\0\0\n.INC \"\0.par\"\n\0"s, "a\0b\n\0\0\n.INC \"../Cell.par\"\n\0"s},
-        {".INC \"a.par\r\n", ".INC \"../Cell.par\"\r\n"},
-        {".INC \"a.par", ".INC \"../Cell.par\"\n"},
-        {".INC \"a\n", ""},
-        {".INC \"", ""},
-        {filling + filling + "x\r\n", filling + filling + "x\r\n"},
-        {filling + ".INC \"a.par\"\n", filling + ".INC \"../Cell.par\"\n"},
-        {filling + ".INC \"a.lib\"\n", filling},
-        {filling + "x.INC \"a.par\"\n", filling + "x.INC \"a.par\"\n"},
-        {".INC \"a.par\"" + std::string(1011, ' ') + "rest\r\n", ".INC \"../Cell.par\"\nrest\r\n"},
-    };
-    for (const Case& entry : cases) EXPECT_EQ(netlistFor(library, entry.text), entry.written) << entry.text;
-}
-
-TEST(TarnetNetlists, ALargeNetlistIsWhole) {
-    TarnetLibrary library;
-    library.prepareCell();
-    std::string text;
-    for (int i = 0; i < 20000; ++i) text += "R" + std::to_string(i) + " 1 0 1k\r\n";
-    EXPECT_TRUE(netlistFor(library, text + ".INC \"a.par\"\r\n") ==
-                tests::asRead(text + ".INC \"../Cell.par\"\r\n"));
-}
-
-TEST(TarnetNetlists, ANetlistThatCannotBeOpenedIsNamed) {
-    for (const bool isFolder : {false, true}) {
-        TarnetLibrary library;
-        library.prepareCell();
-        if (isFolder) library.makeFolder("amp/cfg_analog/old.net");
-        EXPECT_EQ(rewriteNetlist(library), 10105) << isFolder;
-        EXPECT_EQ(lastError(), openForReadingError(library.cfg + "/old.net")) << isFolder;
-        EXPECT_FALSE(library.existsNew("new.net")) << isFolder;
-    }
-}
-
-TEST(TarnetNetlists, ANewNetlistThatCannotBeMadeIsNamed) {
-    for (const bool isFolder : {false, true}) {
-        TarnetLibrary library;
-        library.prepareCell();
-        library.writeOld("old.net", "R1 1 0 1k\n");
-        const std::string newPath = library.view + "/new.net";
-        isFolder ? fs::create_directory(newPath) : fs::remove_all(library.view) != 0;
-        const Tree before = library.tree();
-        EXPECT_EQ(rewriteNetlist(library), 10106) << isFolder;
-        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isFolder;
-        EXPECT_EQ(library.tree(), before) << isFolder;
-    }
-}
-
-TEST(TarnetNetlists, ANewNetlistThatTheDiskHasNoRoomForIsNamedAndRemoved) {
-    TarnetLibrary library;
-    library.prepareCell();
-    library.writeOld("old.net", std::string(100, 'x'));
-    EXPECT_TRUE(succeedsWithFileLimit(99, [&] {
-        EXPECT_EQ(rewriteNetlist(library), 10106);
-        EXPECT_EQ(lastError(), openForWritingError(library.view + "/new.net"));
-        return true;
-    }));
-    EXPECT_FALSE(library.existsNew("new.net"));
-}
-
-TEST(TarnetNetlists, ANetlistIsNotWrittenOverItself) {
-    for (const bool isHardLink : {true, false}) {
-        TarnetLibrary library;
-        library.prepareCell();
-        const std::string text = ".INC \"a.par\"\nR1 1 0 1k\n";
-        const std::string old = library.writeOld("old.net", text);
-        const std::string newPath = library.view + "/new.net";
-        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
-        EXPECT_EQ(rewriteNetlist(library), 10106) << isHardLink;
-        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
-        EXPECT_EQ(readFile(old), text) << isHardLink;
-    }
-}
 
 // --- the deck of a profile ---
 
@@ -178,19 +49,21 @@ void prepareDeck(TarnetLibrary& library) {
     }
 }
 
-TEST(TarnetNetlists, ADeckIncludesTheCellsNetlistTwoLevelsUp) {
+TEST(TarnetDeck, ADeckIncludesTheCellsNetlistTwoLevelsUp) {
     TarnetLibrary library;
     prepareDeck(library);
-    expectLines({
-                          {".INC \"tran.net\"", ".INC \"../../amp.net\""},
-                          {".inc \"C:\\any\\other.NET\" tail", ".INC \"../../amp.net\""},
-                          {".INCLUDE\".net\"", ".INC \"../../amp.net\""},
-                          {".INC \"absent.net.inc\"", ".INC \"../../amp.net\""},
-                          {".INC \"amp.Net\"", kDropped},
-                      }, library.places(), [&](const std::string& text) { return deckFor(library, text); });
+    expectLines(
+        {
+            {".INC \"tran.net\"", ".INC \"../../amp.net\""},
+            {".inc \"C:\\any\\other.NET\" tail", ".INC \"../../amp.net\""},
+            {".INCLUDE\".net\"", ".INC \"../../amp.net\""},
+            {".INC \"absent.net.inc\"", ".INC \"../../amp.net\""},
+            {".INC \"amp.Net\"", kDropped},
+        },
+        library.places(), [&](const std::string& text) { return deckFor(library, text); });
 }
 
-TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
+TEST(TarnetDeck, ADecksIncludesLibrariesAndStimuliAreRelocated) {
     struct Directive {
         const char* name;
         const char* extension;
@@ -245,28 +118,30 @@ TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
     }
 }
 
-TEST(TarnetNetlists, ADirectiveThatNamesAFileOfAnotherKindIsLeftOut) {
+TEST(TarnetDeck, ADirectiveThatNamesAFileOfAnotherKindIsLeftOut) {
     TarnetLibrary library;
     prepareDeck(library);
-    expectLines({
-                          {".INC \"flat.lib\"", kDropped},
-                          {".INC \"flat.stl\"", kDropped},
-                          {".INC \"flat.Inc\"", kDropped},
-                          {".LIB \"flat.inc\"", kDropped},
-                          {".LIB \"amp.net\"", kDropped},
-                          {".LIB \"flat.Lib\"", kDropped},
-                          {".STMLIB \"flat.lib\"", kDropped},
-                          {".STMLIB \"flat.Stl\"", kDropped},
-                          {".LIBRARY", kDropped},
-                          {" .LIB \"flat.lib\"", " .LIB \"flat.lib\""},
-                          {"* .LIB \"flat.lib\"", "* .LIB \"flat.lib\""},
-                          {".TRAN 1n 1u", ".TRAN 1n 1u"},
-                          {".STM \"flat.stl\"", ".STM \"flat.stl\""},
-                          {".END", ".END"},
-                      }, library.places(), [&](const std::string& text) { return deckFor(library, text); });
+    expectLines(
+        {
+            {".INC \"flat.lib\"", kDropped},
+            {".INC \"flat.stl\"", kDropped},
+            {".INC \"flat.Inc\"", kDropped},
+            {".LIB \"flat.inc\"", kDropped},
+            {".LIB \"amp.net\"", kDropped},
+            {".LIB \"flat.Lib\"", kDropped},
+            {".STMLIB \"flat.lib\"", kDropped},
+            {".STMLIB \"flat.Stl\"", kDropped},
+            {".LIBRARY", kDropped},
+            {" .LIB \"flat.lib\"", " .LIB \"flat.lib\""},
+            {"* .LIB \"flat.lib\"", "* .LIB \"flat.lib\""},
+            {".TRAN 1n 1u", ".TRAN 1n 1u"},
+            {".STM \"flat.stl\"", ".STM \"flat.stl\""},
+            {".END", ".END"},
+        },
+        library.places(), [&](const std::string& text) { return deckFor(library, text); });
 }
 
-TEST(TarnetNetlists, ADeckKeepsEverythingElse) {
+TEST(TarnetDeck, ADeckKeepsEverythingElse) {
     TarnetLibrary library;
     prepareDeck(library);
     const std::string filling(1023, 'x');
@@ -286,7 +161,7 @@ TEST(TarnetNetlists, ADeckKeepsEverythingElse) {
     for (const Case& entry : cases) EXPECT_EQ(deckFor(library, entry.text), entry.written) << entry.text;
 }
 
-TEST(TarnetNetlists, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
+TEST(TarnetDeck, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
     TarnetLibrary library;
     library.prepareCell();
     EXPECT_EQ(rewriteDeck(library), 10105);
@@ -299,7 +174,7 @@ TEST(TarnetNetlists, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
 
 // --- references ---
 
-TEST(TarnetNetlists, AReferenceIsMadeForWhatIsThere) {
+TEST(TarnetDeck, AReferenceIsMadeForWhatIsThere) {
     TarnetLibrary library;
     prepareDeck(library);
     struct Case {
@@ -343,7 +218,7 @@ TEST(TarnetNetlists, AReferenceIsMadeForWhatIsThere) {
     EXPECT_EQ(lastError(), LastError());
 }
 
-TEST(TarnetNetlists, AFileThatMayNotBeReadIsNotThere) {
+TEST(TarnetDeck, AFileThatMayNotBeReadIsNotThere) {
     TarnetLibrary library;
     prepareDeck(library);
     openToAll(library.folder.path());
