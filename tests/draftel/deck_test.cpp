@@ -1,7 +1,7 @@
 // deck_test.cpp
 //
-// The rewriting of netlists and decks: the netlist of a schematic, the deck of a profile, and the references
-// to include, library and stimulus files in a deck.
+// The rewriting of the deck of a Draftel profile, and the references to include, library and stimulus files
+// in it.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,244 +14,19 @@
 #include "draftel/DraftelProjectConverter.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
+#include "support/lineCases.h"
 
 namespace {
 
 using namespace tests;
 using namespace std::string_literals;
 using testing::IsEmpty;
-using tvxconv::DraftelProjectConverter;
 namespace fs = std::filesystem;
 
-// One line, without its end, and what is written in its place; null for nothing. @UP@ stands for the folder
-// that the project folder is in.
-struct LineCase {
-    const char* line;
-    const char* written;
-};
-
-const char* const kDropped = nullptr;
-
-// What every rewriting does with lines: LF, CRLF, and a last line without an end. What is copied keeps having
-// none, what is new gets one.
+// @UP@ stands for the folder that the project folder is in.
 template <class Rewritten>
 void expectLines(const DraftelProject& project, const std::vector<LineCase>& cases, Rewritten rewritten) {
-    for (const LineCase& entry : cases) {
-        const std::string line = replaced(entry.line, "@UP@", project.folder.path());
-        const bool isDropped = entry.written == kDropped;
-        const std::string written = isDropped ? "" : replaced(entry.written, "@UP@", project.folder.path());
-        for (const char* end : {"\n", "\r\n"}) {
-            EXPECT_EQ(rewritten("* title"s + end + line + end + "R1 1 0 1k" + end),
-                      "* title"s + end + (isDropped ? "" : written + end) + "R1 1 0 1k" + end)
-                << line;
-        }
-        const std::string last = isDropped ? "" : written == line ? line : written + "\n";
-        EXPECT_EQ(rewritten("* title\n" + line), "* title\n" + last) << line;
-    }
-    EXPECT_EQ(lastError(), LastError());
-}
-
-// --- the netlist of a schematic ---
-
-int relocateNetlist(DraftelProject& project) {
-    return project.converter.relocateSchematicNetlist("amp", "S1", project.destination,
-                                                      project.schematicFolder);
-}
-
-std::string netlistFor(DraftelProject& project, const std::string& text) {
-    project.write("amp-S1.net", text);
-    EXPECT_EQ(relocateNetlist(project), 0) << text;
-    EXPECT_EQ(project.read("amp-S1.net"), text);
-    return project.readNew("amp-TevrixFiles/S1/S1.net");
-}
-
-TEST(DraftelNetlists, OfASchematicsIncludesOnlyTheParameterFileStays) {
-    DraftelProject project;
-    project.prepareSteps();
-    expectLines(project,
-                {
-                    {".INC \"amp-S1.par\"", ".INC \"../S1.par\""},
-                    {".inc \"amp.PAR\"", ".INC \"../S1.par\""},
-                    {".Inc\"x.par.old\"tail", ".INC \"../S1.par\""},
-                    {".INCLUDE \"C:\\x\\y.par\" ", ".INC \"../S1.par\""},
-                    {".INC \"amp.Par\"", kDropped},
-                    {".INC \"par\"", kDropped},
-                    {".INC \"other.lib\"", kDropped},
-                    {".inc \"amp.inc\"", kDropped},
-                    {".INC \"amp-S1.net\"", kDropped},
-                    {".INC \"a\" \"b.par\"", kDropped},
-                    {".INC", ".INC"},
-                    {".INC amp.par", ".INC amp.par"},
-                    {".inc \"\"", ".inc \"\""},
-                    {".INC \"\"amp.par\"", ".INC \"\"amp.par\""},
-                    {".IN \"amp.par\"", ".IN \"amp.par\""},
-                    {" .INC \"amp.par\"", " .INC \"amp.par\""},
-                    {"* .INC \"amp.par\"", "* .INC \"amp.par\""},
-                    {".LIB \"amp.lib\"", ".LIB \"amp.lib\""},
-                    {".STMLIB \"amp.stl\"", ".STMLIB \"amp.stl\""},
-                    {".lib", ".lib"},
-                    {"V1 1 0 \"5\" %s %d \\", "V1 1 0 \"5\" %s %d \\"},
-                    {"\xE4\x01\x7F", "\xE4\x01\x7F"},
-                },
-                [&](const std::string& text) { return netlistFor(project, text); });
-}
-
-TEST(DraftelNetlists, ANetlistKeepsEverythingElse) {
-    DraftelProject project;
-    project.prepareSteps();
-    const std::string filling(1023, 'x');
-    struct Case {
-        std::string text;
-        std::string written;
-    };
-    const std::vector<Case> cases = {
-        {"", ""},
-        {"\n\r\n\n", "\n\r\n\n"},
-        {"R1 1 0 1k", "R1 1 0 1k"},
-        {"a\0b\n\0\0\n.INC \"\0.par\"\n\0"s, "a\0b\n\0\0\n.INC \"../S1.par\"\n\0"s},
-        {".INC \"a.par\r\n", ".INC \"../S1.par\"\r\n"},
-        {".INC \"a.par", ".INC \"../S1.par\"\n"},
-        {".INC \"a\n", ""},
-        {".INC \"\n", ""},       // the line end is the value
-        {".INC \"", ".INC \""},  // there is no value
-        {filling + filling + "x\r\n", filling + filling + "x\r\n"},
-        {filling + ".INC \"a.par\"\n", filling + ".INC \"../S1.par\"\n"},
-        {filling + ".INC \"a.lib\"\n", filling},
-        {filling + "x.INC \"a.par\"\n", filling + "x.INC \"a.par\"\n"},
-        {".INC \"a.par\"" + std::string(1011, ' ') + "rest\r\n", ".INC \"../S1.par\"\nrest\r\n"},
-    };
-    for (const Case& entry : cases) EXPECT_EQ(netlistFor(project, entry.text), entry.written) << entry.text;
-}
-
-TEST(DraftelNetlists, ALargeNetlistIsWhole) {
-    DraftelProject project;
-    project.prepareSteps();
-    std::string text;
-    for (int i = 0; i < 20000; ++i) text += "R" + std::to_string(i) + " 1 0 1k\r\n";
-    EXPECT_TRUE(netlistFor(project, text + ".INC \"a.par\"\r\n") ==
-                tests::asRead(text + ".INC \"../S1.par\"\r\n"));
-}
-
-TEST(DraftelNetlists, ANetlistBelowTheProjectIsRecordedRelativeToIt) {
-    DraftelProject project;
-    project.prepareSteps();
-    project.write("Boards/Top/amp-S1.net", "R1 1 0 1k\n");
-    project.converter.setDesignDir(project.path("Boards/Top"));
-    EXPECT_EQ(relocateNetlist(project), 0);
-    EXPECT_EQ(project.readNew("amp-TevrixFiles/S1/S1.net"), "R1 1 0 1k\n");
-    EXPECT_EQ(movesOf(project.converter),
-              (Moves{{"./boards/top/amp-s1.net", "./amp-tevrixfiles/s1/s1.net"}}));
-}
-
-TEST(DraftelNetlists, ANetlistElsewhereIsRecordedByItsWholePath) {
-    // A name that merely begins like that of the project folder is elsewhere as well.
-    for (const char* name : {"Boards", "project2"}) {
-        DraftelProject project;
-        project.prepareSteps();
-        const std::string old = project.folder.write(std::string(name) + "/amp-S1.net", "R1 1 0 1k\n");
-        project.converter.setDesignDir(project.folder.path(name));
-        EXPECT_EQ(relocateNetlist(project), 0) << name;
-        EXPECT_EQ(project.readNew("amp-TevrixFiles/S1/S1.net"), "R1 1 0 1k\n") << name;
-        EXPECT_EQ(movesOf(project.converter), (Moves{{lowerCase(old), "./amp-tevrixfiles/s1/s1.net"}}))
-            << name;
-    }
-}
-
-TEST(DraftelNetlists, NetlistNamesComeFromTheArguments) {
-    DraftelProject project;
-    project.prepareSteps();
-    fs::create_directories(project.root + "/Top");
-    project.write("Board-Top level.net", ".INC \"x.par\"\n");
-    EXPECT_EQ(project.converter.relocateSchematicNetlist("Board", "Top level", project.destination,
-                                                         project.root + "/Top"),
-              0);
-    EXPECT_EQ(project.readNew("amp-TevrixFiles/Top/Top level.net"), ".INC \"../Top level.par\"\n");
-    EXPECT_EQ(movesOf(project.converter),
-              (Moves{{"./board-top level.net", "./amp-tevrixfiles/top/top level.net"}}));
-}
-
-TEST(DraftelNetlists, WithoutANetlistNothingIsDone) {
-    for (const bool isFolder : {false, true}) {
-        DraftelProject project;
-        project.prepareSteps();
-        if (isFolder) project.folder.makeFolder("project/amp-S1.net");
-        const Tree before = project.tree();
-        EXPECT_EQ(relocateNetlist(project), 0) << isFolder;
-        EXPECT_EQ(project.tree(), before) << isFolder;
-        EXPECT_THAT(movesOf(project.converter), IsEmpty()) << isFolder;
-        EXPECT_EQ(lastError(), LastError()) << isFolder;
-    }
-}
-
-TEST(DraftelNetlists, ANetlistThatMayNotBeReadCountsAsAbsent) {
-    DraftelProject project;
-    project.prepareSteps();
-    project.write("amp-S1.net", "R1 1 0 1k\n");
-    openToAll(project.folder.path());
-    ASSERT_EQ(chmod(project.path("amp-S1.net").c_str(), 0), 0);
-    EXPECT_TRUE(succeedsWithoutRoot([&] {
-        EXPECT_EQ(relocateNetlist(project), 0);
-        EXPECT_EQ(lastError(), LastError());
-        EXPECT_THAT(movesOf(project.converter), IsEmpty());
-        return true;
-    }));
-    EXPECT_FALSE(project.existsNew("amp-TevrixFiles/S1/S1.net"));
-}
-
-TEST(DraftelNetlists, ANetlistThatCannotBeOpenedIsNamed) {
-    DraftelProject project;
-    project.prepareSteps();
-    project.write("amp-S1.net", "R1 1 0 1k\n");
-    EXPECT_TRUE(succeedsLacking(Lacks::opening, [&] {
-        EXPECT_EQ(relocateNetlist(project), 10105);
-        EXPECT_EQ(lastError(), openForReadingError(project.path("amp-S1.net")));
-        EXPECT_THAT(movesOf(project.converter), IsEmpty());
-        return true;
-    }));
-    EXPECT_FALSE(project.existsNew("amp-TevrixFiles/S1/S1.net"));
-}
-
-TEST(DraftelNetlists, ANewNetlistThatCannotBeMadeIsNamed) {
-    for (const bool isFolder : {false, true}) {
-        DraftelProject project;
-        project.prepareSteps();
-        project.write("amp-S1.net", "R1 1 0 1k\n");
-        const std::string newPath = project.schematicFolder + "/S1.net";
-        isFolder ? fs::create_directory(newPath) : fs::remove_all(project.schematicFolder) != 0;
-        const Tree before = project.tree();
-        EXPECT_EQ(relocateNetlist(project), 10106) << isFolder;
-        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isFolder;
-        EXPECT_EQ(project.tree(), before) << isFolder;
-        EXPECT_THAT(movesOf(project.converter), IsEmpty()) << isFolder;
-    }
-}
-
-TEST(DraftelNetlists, ANewNetlistThatTheDiskHasNoRoomForIsRemoved) {
-    DraftelProject project;
-    project.prepareSteps();
-    project.write("amp-S1.net", "R1 1 0 1k\n");
-    EXPECT_TRUE(succeedsLacking(Lacks::writing, [&] {
-        EXPECT_EQ(relocateNetlist(project), 10106);
-        EXPECT_EQ(lastError(), openForWritingError(project.schematicFolder + "/S1.net"));
-        EXPECT_THAT(movesOf(project.converter), IsEmpty());
-        return true;
-    }));
-    EXPECT_FALSE(project.existsNew("amp-TevrixFiles/S1/S1.net"));
-}
-
-TEST(DraftelNetlists, ANetlistIsNotWrittenOverItself) {
-    for (const bool isHardLink : {true, false}) {
-        DraftelProject project;
-        project.prepareSteps();
-        const std::string text = ".INC \"a.par\"\nR1 1 0 1k\n";
-        const std::string old = project.write("amp-S1.net", text);
-        const std::string newPath = project.schematicFolder + "/S1.net";
-        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
-        EXPECT_EQ(relocateNetlist(project), 10106) << isHardLink;
-        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
-        EXPECT_EQ(readFile(old), text) << isHardLink;
-        EXPECT_EQ(readFile(newPath), text) << isHardLink;
-    }
+    tests::expectLines(cases, {{"@UP@", project.folder.path()}}, rewritten);
 }
 
 // --- the deck of a profile ---
@@ -289,7 +64,7 @@ void prepareDeck(DraftelProject& project) {
     project.converter.addRelocation("./Outside.lib", "./Lib/Outside.lib");
 }
 
-TEST(DraftelNetlists, ADeckIncludesItsSchematicOneLevelUp) {
+TEST(DraftelDeck, ADeckIncludesItsSchematicOneLevelUp) {
     DraftelProject project;
     prepareDeck(project);
     expectLines(project,
@@ -303,7 +78,7 @@ TEST(DraftelNetlists, ADeckIncludesItsSchematicOneLevelUp) {
                 [&](const std::string& text) { return deckFor(project, text); });
 }
 
-TEST(DraftelNetlists, ADecksIncludesAreRelocated) {
+TEST(DraftelDeck, ADecksIncludesAreRelocated) {
     DraftelProject project;
     prepareDeck(project);
     expectLines(project,
@@ -327,7 +102,7 @@ TEST(DraftelNetlists, ADecksIncludesAreRelocated) {
                 [&](const std::string& text) { return deckFor(project, text); });
 }
 
-TEST(DraftelNetlists, ADecksStimulusLibrariesAreRelocated) {
+TEST(DraftelDeck, ADecksStimulusLibrariesAreRelocated) {
     DraftelProject project;
     prepareDeck(project);
     expectLines(project,
@@ -346,7 +121,7 @@ TEST(DraftelNetlists, ADecksStimulusLibrariesAreRelocated) {
                 [&](const std::string& text) { return deckFor(project, text); });
 }
 
-TEST(DraftelNetlists, ADecksLibrariesAreRelocated) {
+TEST(DraftelDeck, ADecksLibrariesAreRelocated) {
     DraftelProject project;
     prepareDeck(project);
     project.write("ABC.LIB", "");
@@ -377,7 +152,7 @@ TEST(DraftelNetlists, ADecksLibrariesAreRelocated) {
                 [&](const std::string& text) { return deckFor(project, text); });
 }
 
-TEST(DraftelNetlists, OtherLinesOfADeckAreCopied) {
+TEST(DraftelDeck, OtherLinesOfADeckAreCopied) {
     DraftelProject project;
     prepareDeck(project);
     expectLines(project,
@@ -393,7 +168,7 @@ TEST(DraftelNetlists, OtherLinesOfADeckAreCopied) {
                 [&](const std::string& text) { return deckFor(project, text); });
 }
 
-TEST(DraftelNetlists, ADeckKeepsEverythingElse) {
+TEST(DraftelDeck, ADeckKeepsEverythingElse) {
     DraftelProject project;
     prepareDeck(project);
     const std::string filling(1023, 'x');
@@ -422,7 +197,7 @@ TEST(DraftelNetlists, ADeckKeepsEverythingElse) {
     for (const Case& entry : cases) EXPECT_EQ(deckFor(project, entry.text), entry.written) << entry.text;
 }
 
-TEST(DraftelNetlists, ADeckIsRewrittenInItsOrder) {
+TEST(DraftelDeck, ADeckIsRewrittenInItsOrder) {
     DraftelProject project;
     prepareDeck(project);
     EXPECT_EQ(deckFor(project,
@@ -448,7 +223,7 @@ TEST(DraftelNetlists, ADeckIsRewrittenInItsOrder) {
     EXPECT_EQ(movesOf(project.converter).count("./amp-s1-tran.sim.cir"), 0U);
 }
 
-TEST(DraftelNetlists, DeckNamesComeFromTheArguments) {
+TEST(DraftelDeck, DeckNamesComeFromTheArguments) {
     DraftelProject project;
     prepareDeck(project);
     const std::string old =
@@ -462,7 +237,7 @@ TEST(DraftelNetlists, DeckNamesComeFromTheArguments) {
               ".INC \"../Top level.net\"\n.LIB \"" + project.folder.path("models/shared.lib") + "\"\n");
 }
 
-TEST(DraftelNetlists, TheNewPathMayBeTheStringThatTheOldOneIsIn) {
+TEST(DraftelDeck, TheNewPathMayBeTheStringThatTheOldOneIsIn) {
     DraftelProject project;
     prepareDeck(project);
     std::string path = project.write("amp-S1-tran.sim.cir", ".END\n");
@@ -473,7 +248,7 @@ TEST(DraftelNetlists, TheNewPathMayBeTheStringThatTheOldOneIsIn) {
     EXPECT_EQ(readFile(path), ".END\n");
 }
 
-TEST(DraftelNetlists, ADeckThatCannotBeOpenedIsNamed) {
+TEST(DraftelDeck, ADeckThatCannotBeOpenedIsNamed) {
     for (const bool isFolder : {false, true}) {
         DraftelProject project;
         prepareDeck(project);
@@ -485,7 +260,7 @@ TEST(DraftelNetlists, ADeckThatCannotBeOpenedIsNamed) {
     }
 }
 
-TEST(DraftelNetlists, ADeckThatMayNotBeReadLeavesAnEarlierOneAlone) {
+TEST(DraftelDeck, ADeckThatMayNotBeReadLeavesAnEarlierOneAlone) {
     DraftelProject project;
     prepareDeck(project);
     project.write("amp-S1-tran.sim.cir", ".END\n");
@@ -500,7 +275,7 @@ TEST(DraftelNetlists, ADeckThatMayNotBeReadLeavesAnEarlierOneAlone) {
     EXPECT_EQ(project.readNew("amp-TevrixFiles/S1/tran/tran.cir"), "earlier");
 }
 
-TEST(DraftelNetlists, ANewDeckThatCannotBeMadeIsNamed) {
+TEST(DraftelDeck, ANewDeckThatCannotBeMadeIsNamed) {
     for (const bool isFolder : {false, true}) {
         DraftelProject project;
         prepareDeck(project);
@@ -514,7 +289,7 @@ TEST(DraftelNetlists, ANewDeckThatCannotBeMadeIsNamed) {
     }
 }
 
-TEST(DraftelNetlists, ANewDeckThatTheDiskHasNoRoomForIsRemoved) {
+TEST(DraftelDeck, ANewDeckThatTheDiskHasNoRoomForIsRemoved) {
     DraftelProject project;
     prepareDeck(project);
     project.write("amp-S1-tran.sim.cir", ".END\n");
@@ -526,7 +301,7 @@ TEST(DraftelNetlists, ANewDeckThatTheDiskHasNoRoomForIsRemoved) {
     EXPECT_FALSE(project.existsNew("amp-TevrixFiles/S1/tran/tran.cir"));
 }
 
-TEST(DraftelNetlists, ADeckIsNotWrittenOverItself) {
+TEST(DraftelDeck, ADeckIsNotWrittenOverItself) {
     for (const bool isHardLink : {true, false}) {
         DraftelProject project;
         prepareDeck(project);
@@ -557,7 +332,7 @@ struct ReferenceCase {
     const char* plain;            // without
 };
 
-TEST(DraftelNetlists, AReferenceToAMovedFileLeadsToItsNewPlace) {
+TEST(DraftelDeck, AReferenceToAMovedFileLeadsToItsNewPlace) {
     DraftelProject project;
     prepareDeck(project);
     const std::vector<ReferenceCase> cases = {
@@ -574,7 +349,7 @@ TEST(DraftelNetlists, AReferenceToAMovedFileLeadsToItsNewPlace) {
     }
 }
 
-TEST(DraftelNetlists, PlacesOutsideTheSimulationRootAreSeenFromTheDestination) {
+TEST(DraftelDeck, PlacesOutsideTheSimulationRootAreSeenFromTheDestination) {
     DraftelProject project;
     prepareDeck(project);
     struct Case {
@@ -598,7 +373,7 @@ TEST(DraftelNetlists, PlacesOutsideTheSimulationRootAreSeenFromTheDestination) {
     }
 }
 
-TEST(DraftelNetlists, AReferenceToAFileThatStaysBecomesAbsolute) {
+TEST(DraftelDeck, AReferenceToAFileThatStaysBecomesAbsolute) {
     DraftelProject project;
     prepareDeck(project);
     const std::vector<ReferenceCase> cases = {
@@ -617,7 +392,7 @@ TEST(DraftelNetlists, AReferenceToAFileThatStaysBecomesAbsolute) {
     }
 }
 
-TEST(DraftelNetlists, AReferenceToNoFileIsEmpty) {
+TEST(DraftelDeck, AReferenceToNoFileIsEmpty) {
     DraftelProject project;
     prepareDeck(project);
     for (const char* value :
@@ -630,7 +405,7 @@ TEST(DraftelNetlists, AReferenceToNoFileIsEmpty) {
     }
 }
 
-TEST(DraftelNetlists, ABaseFolderWithoutASlashResolvesNothing) {
+TEST(DraftelDeck, ABaseFolderWithoutASlashResolvesNothing) {
     DraftelProject project;
     prepareDeck(project);
     for (const char* value : {"stay.lib", "../models/shared.lib", "./stay.lib"}) {
@@ -644,7 +419,7 @@ TEST(DraftelNetlists, ABaseFolderWithoutASlashResolvesNothing) {
     EXPECT_EQ(reference, "../../amp.lib");
 }
 
-TEST(DraftelNetlists, ARelativeFileIsSeenFromTheProfileFolder) {
+TEST(DraftelDeck, ARelativeFileIsSeenFromTheProfileFolder) {
     DraftelProject project;
     prepareDeck(project);
     const fs::path before = fs::current_path();
@@ -658,7 +433,7 @@ TEST(DraftelNetlists, ARelativeFileIsSeenFromTheProfileFolder) {
     EXPECT_EQ(plain, "./project/stay.lib");
 }
 
-TEST(DraftelNetlists, AFileThatMayNotBeReadIsNotReferredTo) {
+TEST(DraftelDeck, AFileThatMayNotBeReadIsNotReferredTo) {
     DraftelProject project;
     prepareDeck(project);
     openToAll(project.folder.path());

@@ -14,6 +14,7 @@
 #include "draftel/DraftelProjectConverter.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
+#include "support/lineCases.h"
 
 namespace {
 
@@ -47,31 +48,10 @@ protected:
         return project_.readNew("amp-TevrixFiles/S1/S1.opt");
     }
 
-    // A line without its end, and what is written in its place; null for nothing. @UP@ stands for the folder
-    // that the project's folder is in.
-    struct LineCase {
-        const char* line;
-        const char* written;
-    };
-    static constexpr const char* kDropped = nullptr;
-
-    // With LF, with CRLF, and at the end of the file without an end: what is copied keeps having none, what
-    // is new gets one.
+    // @UP@ stands for the folder that the project's folder is in.
     void expectLines(const std::vector<LineCase>& cases) {
-        for (const LineCase& entry : cases) {
-            const std::string line = replaced(entry.line, "@UP@", project_.folder.path());
-            const bool isDropped = entry.written == kDropped;
-            const std::string written =
-                isDropped ? "" : replaced(entry.written, "@UP@", project_.folder.path());
-            for (const char* end : {"\n", "\r\n"}) {
-                EXPECT_EQ(rewritten("* first"s + end + line + end + "last 1" + end),
-                          "* first"s + end + (isDropped ? "" : written + end) + "last 1" + end)
-                    << line;
-            }
-            const std::string last = isDropped ? "" : written == line ? line : written + "\n";
-            EXPECT_EQ(rewritten("* first\n" + line), "* first\n" + last) << line;
-        }
-        EXPECT_EQ(lastError(), LastError());
+        tests::expectLines(cases, {{"@UP@", project_.folder.path()}},
+                           [&](const std::string& text) { return rewritten(text); });
     }
 
     // All but the optimizer file, old and new.

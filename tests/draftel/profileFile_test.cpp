@@ -14,6 +14,7 @@
 #include "draftel/DraftelProjectConverter.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
+#include "support/lineCases.h"
 
 namespace {
 
@@ -36,33 +37,12 @@ std::string rewritten(DraftelProject& project, const std::string& text) {
     return project.readNew("amp-TevrixFiles/S1/tran.sim");
 }
 
-// One line, without its end, and what is written in its place: the same line, another one, or nothing.
 // @DIR@ stands for the project folder, written with backslashes.
-struct LineCase {
-    const char* line;
-    const char* written;
-};
-
-const char* const kDropped = nullptr;
-
 void expectLines(const std::vector<LineCase>& cases) {
     DraftelProject project;
     project.prepareSteps();
-    for (const LineCase& entry : cases) {
-        const std::string line = entry.line;
-        const bool isDropped = entry.written == kDropped;
-        const std::string written =
-            isDropped ? "" : replaced(entry.written, "@DIR@", withBackslashes(project.dir));
-        for (const char* end : {"\n", "\r\n"}) {
-            EXPECT_EQ(rewritten(project, "before" + line + end + line + end + "after" + end),
-                      "before" + line + end + (isDropped ? "" : written + end) + "after" + end)
-                << line;
-        }
-        // The last line of a file may have no end. What is copied has none either, what is new has one.
-        const std::string last = isDropped ? "" : written == line ? line : written + "\n";
-        EXPECT_EQ(rewritten(project, "before\n" + line), "before\n" + last) << line;
-    }
-    EXPECT_EQ(lastError(), LastError());
+    tests::expectLines(cases, {{"@DIR@", withBackslashes(project.dir)}},
+                       [&](const std::string& text) { return rewritten(project, text); });
 }
 
 // --- the keys ---

@@ -1,17 +1,14 @@
 // TarnetLibrary.h
 //
-// For the tests of the Tarnet conversion: a small library in a folder of its own with a converter for it, and
-// what all rewriters of text files have to do with lines.
+// For the tests of the Tarnet conversion: a small library in a folder of its own with a converter for it.
 
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <string>
-#include <vector>
 
 #include "support/DraftelProject.h"  // the last error, children that lack something
 #include "support/TestFolder.h"
+#include "support/lineCases.h"
 #include "tarnet/TarnetProjectConverter.h"
 
 namespace tests {
@@ -45,6 +42,8 @@ public:
     bool existsNew(const std::string& name) const;
 
     Tree tree() const { return treeOf(dir); }
+    // @LIB@, @CELL@ and @CFG@ stand for the folders of the library, of "amp" and of its old view.
+    Places places() const { return {{"@CFG@", cfg}, {"@CELL@", cell}, {"@LIB@", dir}}; }
     Tree newView() const { return treeOf(view); }
 
     const TestFolder folder;
@@ -55,38 +54,5 @@ public:
     const std::string profiles;  // in that
     tvxconv::TarnetProjectConverter converter;
 };
-
-// One line, without its end, and what is written in its place; null for nothing. @LIB@, @CELL@ and @CFG@
-// stand for the folders of the library, of "amp" and of its old view.
-struct TarnetLine {
-    const char* line;
-    const char* written;
-};
-constexpr const char* kNoLine = nullptr;
-
-// What every rewriting does with lines: LF, CRLF, and a last line without an end. What is copied keeps having
-// none, what is new gets one. `rewritten` makes the new text of an old one.
-template <class Rewritten>
-void expectTarnetLines(const TarnetLibrary& library, const std::vector<TarnetLine>& cases,
-                       Rewritten rewritten) {
-    const auto here = [&](const char* text) {
-        std::string result = replaced(text, "@CFG@", library.cfg);
-        result = replaced(result, "@CELL@", library.cell);
-        return replaced(result, "@LIB@", library.dir);
-    };
-    for (const TarnetLine& entry : cases) {
-        const std::string line = here(entry.line);
-        const bool isDropped = entry.written == kNoLine;
-        const std::string written = isDropped ? "" : here(entry.written);
-        for (const std::string end : {"\n", "\r\n"}) {
-            EXPECT_EQ(rewritten("* before" + end + line + end + "after 1 0 1k" + end),
-                      "* before" + end + (isDropped ? "" : written + end) + "after 1 0 1k" + end)
-                << line;
-        }
-        const std::string last = isDropped ? "" : written == line ? line : written + "\n";
-        EXPECT_EQ(rewritten("* before\n" + line), "* before\n" + last) << line;
-    }
-    EXPECT_EQ(lastError(), LastError());
-}
 
 }  // namespace tests

@@ -172,7 +172,7 @@ ProgramResult runProgram(const std::vector<std::string>& command, const std::str
     waitpid(child, &status, 0);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     result.output = readFile(output);
-    result.errors = readFile(errors);
+    result.errors = withoutCoverageMessages(readFile(errors));
     return result;
 }
 #endif

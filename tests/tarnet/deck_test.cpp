@@ -1,9 +1,8 @@
 // deck_test.cpp
 //
-// The rewriting of the netlist of a cell and of the decks of its profiles, and the references to include,
-// library and stimulus files in a deck.
+// The rewriting of the decks of a Tarnet cell's profiles, and the references to include, library and stimulus
+// files in them.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -12,142 +11,12 @@
 #include <vector>
 
 #include "support/TarnetLibrary.h"
-#include "support/fileLimit.h"
 
 namespace {
 
 using namespace tests;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
-
-// --- the netlist ---
-
-int rewriteNetlist(TarnetLibrary& library) {
-    return library.converter.rewriteNetlist(library.cfg + "/old.net", library.view + "/new.net", "Cell");
-}
-
-std::string netlistFor(TarnetLibrary& library, const std::string& text) {
-    library.writeOld("old.net", text);
-    EXPECT_EQ(rewriteNetlist(library), 0) << text;
-    EXPECT_EQ(library.read("amp/cfg_analog/old.net"), text);
-    return library.readNew("new.net");
-}
-
-TEST(TarnetNetlists, OfANetlistsIncludesOnlyTheParameterFileStays) {
-    TarnetLibrary library;
-    library.prepareCell();
-    library.writeOld("model.lib", "present");
-    expectTarnetLines(library,
-                      {
-                          {".INC \"x.par\"", ".INC \"../Cell.par\""},
-                          {".inc \"amp.PAR\"", ".INC \"../Cell.par\""},
-                          {".Inc\"x.par.old\"tail", ".INC \"../Cell.par\""},
-                          {".INCLUDE \"C:\\x\\y.par\" ", ".INC \"../Cell.par\""},
-                          {".INC \"amp.Par\"", kNoLine},
-                          {".INC \"par\"", kNoLine},
-                          {".INC \"model.lib\"", kNoLine},
-                          {".inc \"amp.inc\"", kNoLine},
-                          {".INC \"a\" \"b.par\"", kNoLine},
-                          {".INC", kNoLine},
-                          {".INC amp.par", kNoLine},
-                          {".inc \"\"", kNoLine},
-                          {".INC \"\"amp.par\"", kNoLine},
-                          {".IN \"amp.par\"", ".IN \"amp.par\""},
-                          {" .INC \"amp.par\"", " .INC \"amp.par\""},
-                          {"* .INC \"amp.par\"", "* .INC \"amp.par\""},
-                          {".LIB \"amp.lib\"", ".LIB \"amp.lib\""},
-                          {".STMLIB \"amp.stl\"", ".STMLIB \"amp.stl\""},
-                          {"V1 1 0 \"5\" %s %d \\", "V1 1 0 \"5\" %s %d \\"},
-                          {"\xE4\x01\x7F", "\xE4\x01\x7F"},
-                      },
-                      [&](const std::string& text) { return netlistFor(library, text); });
-}
-
-TEST(TarnetNetlists, ANetlistKeepsEverythingElse) {
-    TarnetLibrary library;
-    library.prepareCell();
-    const std::string filling(1023, 'x');
-    struct Case {
-        std::string text;
-        std::string written;
-    };
-    const std::vector<Case> cases = {
-        {"", ""},
-        {"\n\r\n\n", "\n\r\n\n"},
-        {"R1 1 0 1k", "R1 1 0 1k"},
-        {"a\0b\n\0\0\n.INC \"\0.par\"\n\0"s, "a\0b\n\0\0\n.INC \"../Cell.par\"\n\0"s},
-        {".INC \"a.par\r\n", ".INC \"../Cell.par\"\r\n"},
-        {".INC \"a.par", ".INC \"../Cell.par\"\n"},
-        {".INC \"a\n", ""},
-        {".INC \"", ""},
-        {filling + filling + "x\r\n", filling + filling + "x\r\n"},
-        {filling + ".INC \"a.par\"\n", filling + ".INC \"../Cell.par\"\n"},
-        {filling + ".INC \"a.lib\"\n", filling},
-        {filling + "x.INC \"a.par\"\n", filling + "x.INC \"a.par\"\n"},
-        {".INC \"a.par\"" + std::string(1011, ' ') + "rest\r\n", ".INC \"../Cell.par\"\nrest\r\n"},
-    };
-    for (const Case& entry : cases) EXPECT_EQ(netlistFor(library, entry.text), entry.written) << entry.text;
-}
-
-TEST(TarnetNetlists, ALargeNetlistIsWhole) {
-    TarnetLibrary library;
-    library.prepareCell();
-    std::string text;
-    for (int i = 0; i < 20000; ++i) text += "R" + std::to_string(i) + " 1 0 1k\r\n";
-    EXPECT_TRUE(netlistFor(library, text + ".INC \"a.par\"\r\n") ==
-                tests::asRead(text + ".INC \"../Cell.par\"\r\n"));
-}
-
-TEST(TarnetNetlists, ANetlistThatCannotBeOpenedIsNamed) {
-    for (const bool isFolder : {false, true}) {
-        TarnetLibrary library;
-        library.prepareCell();
-        if (isFolder) library.makeFolder("amp/cfg_analog/old.net");
-        EXPECT_EQ(rewriteNetlist(library), 10105) << isFolder;
-        EXPECT_EQ(lastError(), openForReadingError(library.cfg + "/old.net")) << isFolder;
-        EXPECT_FALSE(library.existsNew("new.net")) << isFolder;
-    }
-}
-
-TEST(TarnetNetlists, ANewNetlistThatCannotBeMadeIsNamed) {
-    for (const bool isFolder : {false, true}) {
-        TarnetLibrary library;
-        library.prepareCell();
-        library.writeOld("old.net", "R1 1 0 1k\n");
-        const std::string newPath = library.view + "/new.net";
-        isFolder ? fs::create_directory(newPath) : fs::remove_all(library.view) != 0;
-        const Tree before = library.tree();
-        EXPECT_EQ(rewriteNetlist(library), 10106) << isFolder;
-        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isFolder;
-        EXPECT_EQ(library.tree(), before) << isFolder;
-    }
-}
-
-TEST(TarnetNetlists, ANewNetlistThatTheDiskHasNoRoomForIsNamedAndRemoved) {
-    TarnetLibrary library;
-    library.prepareCell();
-    library.writeOld("old.net", std::string(100, 'x'));
-    EXPECT_TRUE(succeedsWithFileLimit(99, [&] {
-        EXPECT_EQ(rewriteNetlist(library), 10106);
-        EXPECT_EQ(lastError(), openForWritingError(library.view + "/new.net"));
-        return true;
-    }));
-    EXPECT_FALSE(library.existsNew("new.net"));
-}
-
-TEST(TarnetNetlists, ANetlistIsNotWrittenOverItself) {
-    for (const bool isHardLink : {true, false}) {
-        TarnetLibrary library;
-        library.prepareCell();
-        const std::string text = ".INC \"a.par\"\nR1 1 0 1k\n";
-        const std::string old = library.writeOld("old.net", text);
-        const std::string newPath = library.view + "/new.net";
-        isHardLink ? fs::create_hard_link(old, newPath) : tests::makeLink(old, newPath);
-        EXPECT_EQ(rewriteNetlist(library), 10106) << isHardLink;
-        EXPECT_EQ(lastError(), openForWritingError(newPath)) << isHardLink;
-        EXPECT_EQ(readFile(old), text) << isHardLink;
-    }
-}
 
 // --- the deck of a profile ---
 
@@ -180,21 +49,21 @@ void prepareDeck(TarnetLibrary& library) {
     }
 }
 
-TEST(TarnetNetlists, ADeckIncludesTheCellsNetlistTwoLevelsUp) {
+TEST(TarnetDeck, ADeckIncludesTheCellsNetlistTwoLevelsUp) {
     TarnetLibrary library;
     prepareDeck(library);
-    expectTarnetLines(library,
-                      {
-                          {".INC \"tran.net\"", ".INC \"../../amp.net\""},
-                          {".inc \"C:\\any\\other.NET\" tail", ".INC \"../../amp.net\""},
-                          {".INCLUDE\".net\"", ".INC \"../../amp.net\""},
-                          {".INC \"absent.net.inc\"", ".INC \"../../amp.net\""},
-                          {".INC \"amp.Net\"", kNoLine},
-                      },
-                      [&](const std::string& text) { return deckFor(library, text); });
+    expectLines(
+        {
+            {".INC \"tran.net\"", ".INC \"../../amp.net\""},
+            {".inc \"C:\\any\\other.NET\" tail", ".INC \"../../amp.net\""},
+            {".INCLUDE\".net\"", ".INC \"../../amp.net\""},
+            {".INC \"absent.net.inc\"", ".INC \"../../amp.net\""},
+            {".INC \"amp.Net\"", kDropped},
+        },
+        library.places(), [&](const std::string& text) { return deckFor(library, text); });
 }
 
-TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
+TEST(TarnetDeck, ADecksIncludesLibrariesAndStimuliAreRelocated) {
     struct Directive {
         const char* name;
         const char* extension;
@@ -205,7 +74,7 @@ TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
         TarnetLibrary library;
         prepareDeck(library);
         // With the directive and the extensions put in.
-        const std::vector<TarnetLine> patterns = {
+        const std::vector<LineCase> patterns = {
             {"@D@ \"flat@x@\" ", "@D@ \"../../flat@x@\""},
             {"@d@\".\\FLAT@X@\" tail", "@D@ \"../../FLAT@X@\""},
             {"@d@X  \"./sub/flat@x@\"", "@D@ \"../../flat@x@\""},
@@ -223,56 +92,56 @@ TEST(TarnetNetlists, ADecksIncludesLibrariesAndStimuliAreRelocated) {
             {"@D@ \"C:/x/flat@x@\"", "@D@ \"C:/x/flat@x@\""},
             {"@D@ \"ab/short@x@\"", "@D@ \"ab/short@x@\""},
             {"@D@ \"folder@x@\"", "@D@ \"folder@x@\""},
-            {"@D@ \"flat.txt\"", kNoLine},
-            {"@D@ \"flat.par\"", kNoLine},
-            {"@D@ \"\"", kNoLine},
-            {"@D@ flat@x@", kNoLine},
-            {"@d@", kNoLine},
+            {"@D@ \"flat.txt\"", kDropped},
+            {"@D@ \"flat.par\"", kDropped},
+            {"@D@ \"\"", kDropped},
+            {"@D@ flat@x@", kDropped},
+            {"@d@", kDropped},
         };
         std::string lowerName = lowerCase(directive.name);
         std::vector<std::string> texts;
         texts.reserve(2 * patterns.size());
-        std::vector<TarnetLine> cases;
+        std::vector<LineCase> cases;
         const auto filled = [&](const char* pattern) -> const char* {
-            if (pattern == kNoLine) return kNoLine;
+            if (pattern == kDropped) return kDropped;
             std::string text = replaced(pattern, "@D@", directive.name);
             text = replaced(text, "@d@", lowerName);
             text = replaced(text, "@x@", directive.extension);
             texts.push_back(replaced(text, "@X@", directive.upperCase));
             return texts.back().c_str();
         };
-        for (const TarnetLine& pattern : patterns) {
+        for (const LineCase& pattern : patterns) {
             const char* line = filled(pattern.line);
             cases.push_back({line, filled(pattern.written)});
         }
-        expectTarnetLines(library, cases, [&](const std::string& text) { return deckFor(library, text); });
+        expectLines(cases, library.places(), [&](const std::string& text) { return deckFor(library, text); });
     }
 }
 
-TEST(TarnetNetlists, ADirectiveThatNamesAFileOfAnotherKindIsLeftOut) {
+TEST(TarnetDeck, ADirectiveThatNamesAFileOfAnotherKindIsLeftOut) {
     TarnetLibrary library;
     prepareDeck(library);
-    expectTarnetLines(library,
-                      {
-                          {".INC \"flat.lib\"", kNoLine},
-                          {".INC \"flat.stl\"", kNoLine},
-                          {".INC \"flat.Inc\"", kNoLine},
-                          {".LIB \"flat.inc\"", kNoLine},
-                          {".LIB \"amp.net\"", kNoLine},
-                          {".LIB \"flat.Lib\"", kNoLine},
-                          {".STMLIB \"flat.lib\"", kNoLine},
-                          {".STMLIB \"flat.Stl\"", kNoLine},
-                          {".LIBRARY", kNoLine},
-                          {" .LIB \"flat.lib\"", " .LIB \"flat.lib\""},
-                          {"* .LIB \"flat.lib\"", "* .LIB \"flat.lib\""},
-                          {".TRAN 1n 1u", ".TRAN 1n 1u"},
-                          {".STM \"flat.stl\"", ".STM \"flat.stl\""},
-                          {".END", ".END"},
-                      },
-                      [&](const std::string& text) { return deckFor(library, text); });
+    expectLines(
+        {
+            {".INC \"flat.lib\"", kDropped},
+            {".INC \"flat.stl\"", kDropped},
+            {".INC \"flat.Inc\"", kDropped},
+            {".LIB \"flat.inc\"", kDropped},
+            {".LIB \"amp.net\"", kDropped},
+            {".LIB \"flat.Lib\"", kDropped},
+            {".STMLIB \"flat.lib\"", kDropped},
+            {".STMLIB \"flat.Stl\"", kDropped},
+            {".LIBRARY", kDropped},
+            {" .LIB \"flat.lib\"", " .LIB \"flat.lib\""},
+            {"* .LIB \"flat.lib\"", "* .LIB \"flat.lib\""},
+            {".TRAN 1n 1u", ".TRAN 1n 1u"},
+            {".STM \"flat.stl\"", ".STM \"flat.stl\""},
+            {".END", ".END"},
+        },
+        library.places(), [&](const std::string& text) { return deckFor(library, text); });
 }
 
-TEST(TarnetNetlists, ADeckKeepsEverythingElse) {
+TEST(TarnetDeck, ADeckKeepsEverythingElse) {
     TarnetLibrary library;
     prepareDeck(library);
     const std::string filling(1023, 'x');
@@ -292,7 +161,7 @@ TEST(TarnetNetlists, ADeckKeepsEverythingElse) {
     for (const Case& entry : cases) EXPECT_EQ(deckFor(library, entry.text), entry.written) << entry.text;
 }
 
-TEST(TarnetNetlists, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
+TEST(TarnetDeck, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
     TarnetLibrary library;
     library.prepareCell();
     EXPECT_EQ(rewriteDeck(library), 10105);
@@ -305,7 +174,7 @@ TEST(TarnetNetlists, ADeckThatCannotBeOpenedOrWrittenIsNamed) {
 
 // --- references ---
 
-TEST(TarnetNetlists, AReferenceIsMadeForWhatIsThere) {
+TEST(TarnetDeck, AReferenceIsMadeForWhatIsThere) {
     TarnetLibrary library;
     prepareDeck(library);
     struct Case {
@@ -349,7 +218,7 @@ TEST(TarnetNetlists, AReferenceIsMadeForWhatIsThere) {
     EXPECT_EQ(lastError(), LastError());
 }
 
-TEST(TarnetNetlists, AFileThatMayNotBeReadIsNotThere) {
+TEST(TarnetDeck, AFileThatMayNotBeReadIsNotThere) {
     TarnetLibrary library;
     prepareDeck(library);
     openToAll(library.folder.path());

@@ -37,19 +37,19 @@ TEST(TarnetOptimizerFile, NamesDesignProfilesWhereTheyAreToBeFound) {
     TarnetLibrary library;
     library.prepareCell();
     addProfiles(library);
-    expectTarnetLines(library,
-                      {
-                          {"EXT \"corners.mdp\"", "ext \"corners.mdp\""},
-                          {"extern=\"CORNERS.mdp\" 1 \"x\" ", "ext \"CORNERS.mdp\" 1 \"x\" "},
-                          {"ext \"sub\\deep.mdp\" tail", "ext \"@CFG@/sub/deep.mdp\" tail"},
-                          {"ext \"./corners.mdp\"", "ext \"@CFG@/corners.mdp\""},
-                          {"ext \"../absent.mdp\"", "ext \"@CELL@/absent.mdp\""},
-                          {"ext \"../../absent.mdp\"", "ext \"@CELL@/../absent.mdp\""},
-                          {"Ext \"C:\\x\\y.mdp\"", "ext \"C:/x/y.mdp\""},
-                          {"Ext \"/x/y.mdp.old\";", "ext \"/x/y.mdp.old\";"},
-                          {"Ext \"ab/c.mdp\"", "ext \"ab/c.mdp\""},
-                      },
-                      [&](const std::string& text) { return rewritten(library, text); });
+    expectLines(
+        {
+            {"EXT \"corners.mdp\"", "ext \"corners.mdp\""},
+            {"extern=\"CORNERS.mdp\" 1 \"x\" ", "ext \"CORNERS.mdp\" 1 \"x\" "},
+            {"ext \"sub\\deep.mdp\" tail", "ext \"@CFG@/sub/deep.mdp\" tail"},
+            {"ext \"./corners.mdp\"", "ext \"@CFG@/corners.mdp\""},
+            {"ext \"../absent.mdp\"", "ext \"@CELL@/absent.mdp\""},
+            {"ext \"../../absent.mdp\"", "ext \"@CELL@/../absent.mdp\""},
+            {"Ext \"C:\\x\\y.mdp\"", "ext \"C:/x/y.mdp\""},
+            {"Ext \"/x/y.mdp.old\";", "ext \"/x/y.mdp.old\";"},
+            {"Ext \"ab/c.mdp\"", "ext \"ab/c.mdp\""},
+        },
+        library.places(), [&](const std::string& text) { return rewritten(library, text); });
     EXPECT_EQ(library.readNew("corners.mdp"), "corners");
     EXPECT_FALSE(library.existsNew("deep.mdp"));
 }
@@ -58,43 +58,43 @@ TEST(TarnetOptimizerFile, KeepsADesignProfileThatIsNotThere) {
     TarnetLibrary library;
     library.prepareCell();
     addProfiles(library);
-    expectTarnetLines(library,
-                      {
-                          {"EXT  \"absent.mdp\" tail", "EXT  \"absent.mdp\" tail"},
-                          {"ext \"folder.mdp\"", "ext \"folder.mdp\""},
-                          {"ext \"C:corners.mdp\"", "ext \"C:corners.mdp\""},
-                      },
-                      [&](const std::string& text) { return rewritten(library, text); });
+    expectLines(
+        {
+            {"EXT  \"absent.mdp\" tail", "EXT  \"absent.mdp\" tail"},
+            {"ext \"folder.mdp\"", "ext \"folder.mdp\""},
+            {"ext \"C:corners.mdp\"", "ext \"C:corners.mdp\""},
+        },
+        library.places(), [&](const std::string& text) { return rewritten(library, text); });
 }
 
 TEST(TarnetOptimizerFile, LeavesOutWhatNamesNoDesignProfile) {
     TarnetLibrary library;
     library.prepareCell();
-    expectTarnetLines(library,
-                      {
-                          {"ext \"a.txt\"", kNoLine},
-                          {"ext \"corners.MDP\"", kNoLine},
-                          {"ext", kNoLine},
-                          {"ext corners.mdp", kNoLine},
-                          {"extra", kNoLine},
-                          {"ext \"\"", "ext \"\""},
-                          {"EXT \"\" \"corners.mdp\"", "EXT \"\" \"corners.mdp\""},
-                      },
-                      [&](const std::string& text) { return rewritten(library, text); });
+    expectLines(
+        {
+            {"ext \"a.txt\"", kDropped},
+            {"ext \"corners.MDP\"", kDropped},
+            {"ext", kDropped},
+            {"ext corners.mdp", kDropped},
+            {"extra", kDropped},
+            {"ext \"\"", "ext \"\""},
+            {"EXT \"\" \"corners.mdp\"", "EXT \"\" \"corners.mdp\""},
+        },
+        library.places(), [&](const std::string& text) { return rewritten(library, text); });
 }
 
 TEST(TarnetOptimizerFile, KeepsEverythingElse) {
     TarnetLibrary library;
     library.prepareCell();
     addProfiles(library);
-    expectTarnetLines(library,
-                      {
-                          {"sim \"tran.sim\"", "sim \"tran.sim\""},
-                          {" ext \"corners.mdp\"", " ext \"corners.mdp\""},
-                          {"ex \"corners.mdp\"", "ex \"corners.mdp\""},
-                          {"goal 1 %s", "goal 1 %s"},
-                      },
-                      [&](const std::string& text) { return rewritten(library, text); });
+    expectLines(
+        {
+            {"sim \"tran.sim\"", "sim \"tran.sim\""},
+            {" ext \"corners.mdp\"", " ext \"corners.mdp\""},
+            {"ex \"corners.mdp\"", "ex \"corners.mdp\""},
+            {"goal 1 %s", "goal 1 %s"},
+        },
+        library.places(), [&](const std::string& text) { return rewritten(library, text); });
     const std::string filling(1023, 'x');
     EXPECT_EQ(rewritten(library, filling + "ext \"a.txt\"\n"), filling);
     EXPECT_EQ(rewritten(library, filling + "xext \"a.txt\"\n"), filling + "xext \"a.txt\"\n");

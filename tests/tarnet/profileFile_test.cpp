@@ -33,11 +33,11 @@ std::string rewritten(TarnetLibrary& library, const std::string& text) {
     return library.readNew("profiles/tran.sim");
 }
 
-void expectLines(TarnetLibrary& library, const std::vector<TarnetLine>& cases) {
-    expectTarnetLines(library, cases, [&](const std::string& text) { return rewritten(library, text); });
+void expectLines(TarnetLibrary& library, const std::vector<LineCase>& cases) {
+    expectLines(cases, library.places(), [&](const std::string& text) { return rewritten(library, text); });
 }
 
-void expectLines(const std::vector<TarnetLine>& cases) {
+void expectLines(const std::vector<LineCase>& cases) {
     TarnetLibrary library;
     library.prepareCell();
     expectLines(library, cases);
@@ -79,11 +79,11 @@ TEST(TarnetProfileFile, TheDeckIsNamedAfterTheProfile) {
         {"NetlistFileX \"a.sim.cir\"", "NetlistFile= \"tran.cir\" "},
         {"NetlistFile= \"\"", "NetlistFile= \"\" "},
         {"NETLISTFILE \"\"a.sim.cir\"", "NetlistFile= \"\" "},
-        {"NetlistFile= \"x.net\" ", kNoLine},
-        {"NetlistFile= \"tran.SIM.CIR\" ", kNoLine},
-        {"NetlistFile= \"tran.cir\" ", kNoLine},
-        {"NetlistFile= tran.sim.cir", kNoLine},
-        {"NetlistFile", kNoLine},
+        {"NetlistFile= \"x.net\" ", kDropped},
+        {"NetlistFile= \"tran.SIM.CIR\" ", kDropped},
+        {"NetlistFile= \"tran.cir\" ", kDropped},
+        {"NetlistFile= tran.sim.cir", kDropped},
+        {"NetlistFile", kDropped},
     });
 }
 
@@ -107,10 +107,10 @@ TEST(TarnetProfileFile, ADataFileOfTheProfileIsNamedWithoutAFolderAndAnyOtherFro
          tests::kOnWindows ? "DataFile= \"@CFG@//far/run.dat\" " : "DataFile= \"/far/run.dat\" "},
         {"DataFile= \"ab/run.dat\"", "DataFile= \"ab/run.dat\" "},
         {"DataFile= \"\"", "DataFile= \"\" "},
-        {"DataFile= \"tran.DAT\" ", kNoLine},
-        {"DataFile= \"tran.CSD\" ", kNoLine},
-        {"DataFile= \"tran.out\" ", kNoLine},
-        {"DataFile= tran.dat", kNoLine},
+        {"DataFile= \"tran.DAT\" ", kDropped},
+        {"DataFile= \"tran.CSD\" ", kDropped},
+        {"DataFile= \"tran.out\" ", kDropped},
+        {"DataFile= tran.dat", kDropped},
     });
 }
 
@@ -121,9 +121,9 @@ TEST(TarnetProfileFile, AnOutputFileIsTreatedLikeADataFile) {
         {"OutFile= \"ac.out\" ", "OutFile= \"@CFG@/ac.out\" "},
         {"OutFile= \"sub/ac.out\" ", "OutFile= \"@CFG@/sub/ac.out\" "},
         {"OutFile= \"\"", "OutFile= \"\" "},
-        {"OutFile= \"tran.OUT\" ", kNoLine},
-        {"OutFile= \"tran.dat\" ", kNoLine},
-        {"OutFile=", kNoLine},
+        {"OutFile= \"tran.OUT\" ", kDropped},
+        {"OutFile= \"tran.dat\" ", kDropped},
+        {"OutFile=", kDropped},
     });
 }
 
