@@ -1,6 +1,7 @@
 #include "converter/ProjectConverter.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "fsutil/letterCase.h"
 #include "fsutil/paths.h"
@@ -97,6 +98,13 @@ int ProjectConverter::setSourceDir(const std::string& path) {
 }
 
 bool ProjectConverter::InLowerCase::operator()(std::string_view a, std::string_view b) const {
+    // Most keys of a project begin alike. What is equal byte by byte needs no folding.
+    constexpr std::size_t kWord = 8;
+    const std::size_t size = std::min(a.size(), b.size());
+    std::size_t same = 0;
+    while (same + kWord <= size && std::memcmp(&a[same], &b[same], kWord) == 0) same += kWord;
+    a.remove_prefix(same);
+    b.remove_prefix(same);
     const auto folded = [](char byte) { return static_cast<unsigned char>(fsutil::lowerCase(byte)); };
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
                                         [&](char x, char y) { return folded(x) < folded(y); });

@@ -314,8 +314,9 @@ int DraftelProjectConverter::updateProjectFile(const std::string& sourceProject,
     // The update follows links. One from another folder to the old project gives way to a copy of it.
     const bool isSameFolder =
         fsutil::isSameFile(fsutil::folderOf(sourceProject), fsutil::folderOf(newProject));
-    if (!isSameFolder && fsutil::isSameFile(sourceProject, newProject) && fsutil::isLink(newProject)) {
-        fsutil::deleteFile(newProject);
+    if (!isSameFolder && fsutil::isSameFile(sourceProject, newProject) && fsutil::isLink(newProject) &&
+        fsutil::deleteFile(newProject) != 0) {
+        return reportError(ERR_COPY_FILE, sourceProject, newProject);
     }
     if (const int status = copyFileOrReport(sourceProject, newProject); status != 0) return status;
     return ProjectUpdate(*this, sourceProject, newProject).run();

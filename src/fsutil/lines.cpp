@@ -115,19 +115,20 @@ int LineWriter::openReplacement(const std::string& path) {
     failed_ = false;
     buffer_.clear();
     if (!isPathText(path)) return 1;
-    const std::string place = platform::followLinks(path);
     platform::FileStatus status;
-    const int error = platform::getStatus(place.c_str(), status);
+    const int error = platform::getStatus(path.c_str(), status);
     const bool isThere = error != ENOENT;
     if (isThere && (error != 0 || status.kind != platform::FileKind::regular ||
-                    platform::checkAccess(place.c_str(), kWritable) != 0)) {
+                    platform::checkAccess(path.c_str(), kWritable) != 0)) {
         return 1;
     }
+    const std::string place = isThere ? platform::followLinks(path) : path;
     const unsigned permissions = isThere ? status.permissions : kPermissions;
-    if (platform::openTemporaryBeside(place.c_str(), platform::FileMode::text, permissions, path_,
-                                      descriptor_) != 0) {
-        return isThere ? open(place) : 1;  // the folder takes no new names, but the file can be written
-    }
+    const int opened = platform::openTemporaryBeside(place.c_str(), platform::FileMode::text, permissions,
+                                                     path_, descriptor_);
+    // A folder that takes no new names may have a file that can be written.
+    const bool takesNoNames = opened == EACCES || opened == EPERM || opened == EROFS;
+    if (opened != 0) return isThere && takesNoNames ? open(place) : 1;
     if (isThere) platform::setPermissions(path_.c_str(), permissions);  // those that the process's mask took
     target_ = place;
     return 0;

@@ -5,12 +5,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <list>
 #include <memory>
-#include <memory_resource>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "platform/platform.h"
 
@@ -22,62 +22,102 @@ unsigned char foldCase(char byte) {
     return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
 }
 
-struct HashIgnoringCase {
-    std::size_t operator()(std::string_view name) const {
-        std::uint64_t hash = 14695981039346656037U;
-        for (const char byte : name) hash = (hash ^ foldCase(byte)) * 1099511628211U;
-        return static_cast<std::size_t>(hash ^ (hash >> 32));
-    }
-};
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return foldCase(x) == foldCase(y); });
+}
 
-struct EqualIgnoringCase {
-    bool operator()(std::string_view a, std::string_view b) const {
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                          [](char x, char y) { return foldCase(x) == foldCase(y); });
-    }
-};
-
-// The names of one folder. There may be hundreds of thousands, so they share large blocks of memory, which
-// are freed with the folder.
+// The names of one folder, found ignoring case. They lie end to end in one text, each closed by a NUL, and a
+// hash table has their places: half the memory of a set of strings, which decides about the peak of a
+// conversion of 10,000 profiles.
 class Names {
 public:
     void add(std::string_view name) {
-        char* const place = static_cast<char*>(memory_.allocate(name.size(), 1));
-        name.copy(place, name.size());
-        set_.emplace(place, name.size());
+        if ((used_ + 1) * 3 > slots_.size() * 2) grow();
+        place(static_cast<std::uint32_t>(names_.size()), name);
+        names_.append(name);
+        names_.push_back('\0');
     }
 
     void remove(std::string_view name) {
-        const auto [begin, end] = set_.equal_range(name);
-        const auto found = std::find(begin, end, name);
-        if (found != end) set_.erase(found);
+        std::uint32_t* const slot = slotOf(name);
+        if (slot != nullptr) *slot = kRemoved;
     }
 
+    bool has(std::string_view name) { return slotOf(name) != nullptr; }
+
     void find(std::string_view name, const std::string& folder, Spellings& result) const {
-        const auto [begin, end] = set_.equal_range(name);
-        for (auto entry = begin; entry != end; ++entry) {
+        for (std::size_t i = begin(name); slots_[i] != kFree; i = after(i)) {
+            if (slots_[i] == kRemoved || !equalIgnoringCase(nameAt(slots_[i]), name)) continue;
             ++result.count;
-            if (*entry == name) {
+            if (nameAt(slots_[i]) == name) {
                 result.isThereAsAsked = true;
             } else {
                 result.twin = folder;
-                result.twin += *entry;
+                result.twin += nameAt(slots_[i]);
             }
         }
     }
 
 private:
-    std::pmr::monotonic_buffer_resource memory_;
-    std::pmr::unordered_multiset<std::string_view, HashIgnoringCase, EqualIgnoringCase> set_{&memory_};
+    static constexpr std::uint32_t kFree = 0xFFFFFFFF;
+    static constexpr std::uint32_t kRemoved = 0xFFFFFFFE;
+
+    std::string_view nameAt(std::uint32_t offset) const { return names_.data() + offset; }
+
+    // Where a search for the name begins, and goes on.
+    std::size_t begin(std::string_view name) const {
+        std::uint64_t hash = 14695981039346656037U;
+        for (const char byte : name) hash = (hash ^ foldCase(byte)) * 1099511628211U;
+        return static_cast<std::size_t>(hash ^ (hash >> 32)) & (slots_.size() - 1);
+    }
+    std::size_t after(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
+
+    // Null when the name is not there in just this spelling.
+    std::uint32_t* slotOf(std::string_view name) {
+        for (std::size_t i = begin(name); slots_[i] != kFree; i = after(i)) {
+            if (slots_[i] != kRemoved && nameAt(slots_[i]) == name) return &slots_[i];
+        }
+        return nullptr;
+    }
+
+    void place(std::uint32_t offset, std::string_view name) {
+        std::size_t i = begin(name);
+        while (slots_[i] != kFree) i = after(i);
+        slots_[i] = offset;
+        ++used_;
+    }
+
+    void grow() {
+        std::vector<std::uint32_t> old(slots_.size() * 2, kFree);
+        old.swap(slots_);
+        used_ = 0;
+        for (const std::uint32_t offset : old) {
+            if (offset < kRemoved) place(offset, nameAt(offset));
+        }
+    }
+
+    std::string names_;
+    std::vector<std::uint32_t> slots_ = std::vector<std::uint32_t>(16, kFree);
+    std::size_t used_ = 0;  // slots that are not free, removed ones included
 };
 
 // A folder by the path that it was last asked for under, with a slash at its end (empty for the current
-// folder). Device and number tell whether two paths lead to one folder.
+// folder). Device and number tell whether two paths lead to one folder; the number is 0 until that is asked.
 struct Folder {
     std::string path;
     dev_t device = 0;
     ino_t number = 0;
     Names names;
+
+    bool is(const struct stat& status) {
+        struct stat own {};
+        if (number == 0 && stat(path.c_str(), &own) == 0) {
+            device = own.st_dev;
+            number = own.st_ino;
+        }
+        return number == status.st_ino && device == status.st_dev;
+    }
 };
 
 const char* asFolder(const std::string& prefix) {
@@ -97,7 +137,7 @@ public:
             return nullptr;
         }
         for (auto folder = folders_.begin(); folder != folders_.end(); ++folder) {
-            if (folder->device != status.st_dev || folder->number != status.st_ino) continue;
+            if (!folder->is(status)) continue;
             folder->path = prefix;
             return moveToFront(folder);
         }
@@ -110,9 +150,16 @@ public:
         while (const dirent* entry = readdir(listing.get())) folder.names.add(entry->d_name);
         error = errno;
         if (error != 0) return nullptr;
-        folders_.splice(folders_.begin(), added);
-        if (folders_.size() > kMostFolders) folders_.pop_back();
+        addFront(added);
         return &folder;
+    }
+
+    // A folder that has just been made: nothing is in it.
+    void addEmpty(const std::string& prefix) {
+        std::list<Folder> added(1);
+        added.front().path = prefix;
+        for (const char* name : {".", ".."}) added.front().names.add(name);
+        addFront(added);
     }
 
     Folder* findKnown(const std::string& prefix) {
@@ -127,6 +174,11 @@ private:
     // The folders of the profile and schematic under way, their parents and the old ones: many profiles must
     // not fill the memory.
     static constexpr std::size_t kMostFolders = 32;
+
+    void addFront(std::list<Folder>& added) {
+        folders_.splice(folders_.begin(), added);
+        if (folders_.size() > kMostFolders) folders_.pop_back();
+    }
 
     Folder* moveToFront(std::list<Folder>::iterator folder) {
         folders_.splice(folders_.begin(), folders_, folder);
@@ -234,9 +286,18 @@ bool isFolderKnown(const std::string& path) {
 
 void noteMade(const std::string& path) noexcept {
     noteChange(path, [](Names& names, const std::string& name) {
-        names.remove(name);  // opening an entry that was a dangling link makes no second one
-        names.add(name);
+        if (!names.has(name)) names.add(name);  // a dangling link was there already
     });
+}
+
+void noteMadeFolder(const std::string& path) noexcept {
+    noteMade(path);
+    if (remembered == nullptr) return;
+    try {
+        remembered->addEmpty(path.ends_with('/') ? path : path + "/");
+    } catch (...) {
+        remembered->forgetAll();
+    }
 }
 
 void noteRemoved(const std::string& path) noexcept {

@@ -36,6 +36,7 @@ bool isFolderKnown(const std::string& path);
 
 // An entry has been made or removed by this process, under its spelling on disk.
 void noteMade(const std::string& path) noexcept;
+void noteMadeFolder(const std::string& path) noexcept;
 void noteRemoved(const std::string& path) noexcept;
 
 // The order of names in a listing: ascending ignoring ASCII case, ties by byte, "." and ".." first.

@@ -107,7 +107,8 @@ int openForReading(const char* path, FileMode mode, int& descriptor, FileStatus*
 // Opens a plain file for writing from its start, emptied if it is there and made with `permissions`
 // (less the process's mask) if not. Fails, and leaves the file alone, when it is the one that
 // `source` tells of: a file is never emptied while it is being read. `source` may be null; `opened`,
-// where given, tells what was opened, before it was emptied.
+// where given, tells what was opened, before it was emptied; of a new file, no more than its permissions, the
+// process's mask not counted.
 int openForWriting(const char* path, FileMode mode, unsigned permissions, const FileStatus* source,
                    int& descriptor, FileStatus* opened = nullptr);
 
@@ -145,7 +146,8 @@ int setPermissions(const char* path, unsigned permissions);
 // spelling must not lose the wrong file.
 int removeFile(const char* path);
 
-// Removes the file that openForWriting has opened under this path, whatever other names its folder holds.
+// Removes the file that openForWriting or openTemporaryBeside has opened under this path, whatever other
+// names its folder holds. Works after stopFiles, too, so that no part is left behind.
 int removeOpened(const char* path);
 
 // Puts the file `from` in the place of `to`, whether or not `to` exists; both are on one volume.
@@ -158,9 +160,9 @@ int linkFile(const char* from, const char* to);
 
 // --- stopping ---
 
-// Makes every function above that opens, makes, removes, reads or writes fail from now on, so that a
-// long run ends soon and in order; allowed from a signal handler. resumeFiles takes it back, and tells
-// whether they were stopped.
+// Makes every function above that opens, makes, removes, reads or writes (but removeOpened) fail from now on,
+// so that a long run ends soon and in order; allowed from a signal handler. resumeFiles takes it back, and
+// tells whether they were stopped.
 void stopFiles();
 bool resumeFiles();
 

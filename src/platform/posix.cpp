@@ -49,6 +49,12 @@ std::string placeForNew(const char* path) {
     return existing.empty() ? found.asAsked : existing;
 }
 
+// The same for a path that is mostly there as spelled: that needs no look at the names of its folder.
+std::string placeIfThere(const char* path) {
+    struct stat status {};
+    return !isFolderKnown(path) && lstat(path, &status) == 0 ? path : placeForNew(path);
+}
+
 int errorOf(int result) {
     return result == -1 ? errno : 0;
 }
@@ -190,7 +196,7 @@ int makeFolder(const char* path) {
     if (stopped) return ECANCELED;
     const std::string actual = placeForNew(path);
     const int error = errorOf(mkdir(actual.c_str(), 0777));
-    if (error == 0) noteMade(actual);
+    if (error == 0) noteMadeFolder(actual);
     return error;
 }
 
@@ -269,16 +275,18 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
             file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
         }
         if (file == -1) return errno;
-        if (isNew) noteMade(actual);
     }
     FileStatus status;
-    int error = getStatus(file, status);
-    if (error == 0 && status.kind != FileKind::regular) error = EINVAL;
-    if (error == 0 && source != nullptr && isSameFile(*source, status)) error = EEXIST;
-    if (error == 0 && status.size != 0) error = errorOf(ftruncate(file, 0));
-    if (error != 0) {
-        if (isNew && unlink(actual.c_str()) == 0) noteRemoved(actual);
-        return closeWith(file, error);
+    if (isNew) {
+        noteMade(actual);
+        status.kind = FileKind::regular;
+        status.permissions = permissions;
+    } else {
+        int error = getStatus(file, status);
+        if (error == 0 && status.kind != FileKind::regular) error = EINVAL;
+        if (error == 0 && source != nullptr && isSameFile(*source, status)) error = EEXIST;
+        if (error == 0 && status.size != 0) error = errorOf(ftruncate(file, 0));
+        if (error != 0) return closeWith(file, error);
     }
     filesOpenedForWriting.fetch_add(1, std::memory_order_relaxed);
     if (opened != nullptr) *opened = status;
@@ -292,19 +300,18 @@ int openTemporaryBeside(const char* path, FileMode, unsigned permissions, std::s
     temporary.clear();
     descriptor = -1;
     if (stopped) return ECANCELED;
-    std::string place = path;
-    struct stat status {};
-    if (lstat(path, &status) != 0) place = placeForNew(path);
+    std::string place = placeIfThere(path);
     place.resize(place.rfind('/') + 1);
     // A short name, since that of the file may be as long as names can be. It can only be taken by what an
     // earlier process of this number has left.
-    place += ".tvxconv-" + std::to_string(getpid()) + '-';
+    static const std::string process = std::to_string(getpid());
+    place += ".tvxconv-" + process + '-';
     for (int attempt = 0; attempt < 1000; ++attempt) {
-        const std::string name = place + std::to_string(count++);
+        std::string name = place + std::to_string(count++);
         const int opened = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | kOpenFlags, permissions);
         if (opened != -1) {
             noteMade(name);
-            temporary = name;
+            temporary = std::move(name);
             descriptor = opened;
             return 0;
         }
@@ -403,7 +410,6 @@ int removeFile(const char* path) {
 }
 
 int removeOpened(const char* path) {
-    if (stopped) return ECANCELED;
     std::string removed = path;
     const int error = errorOf(onExisting(path, [&](const char* actual) {
         removed = actual;
@@ -415,8 +421,7 @@ int removeOpened(const char* path) {
 
 int replaceFile(const char* from, const char* to) {
     if (stopped) return ECANCELED;
-    struct stat status {};
-    const std::string actual = lstat(to, &status) == 0 ? to : placeForNew(to);
+    const std::string actual = placeIfThere(to);
     std::string moved = from;
     const int error = errorOf(onExisting(from, [&](const char* actualFrom) {
         moved = actualFrom;

@@ -374,11 +374,11 @@ int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, s
     // earlier process of this number has left.
     place += ".tvxconv-" + std::to_string(GetCurrentProcessId()) + '-';
     for (int attempt = 0; attempt < 1000; ++attempt) {
-        const std::string name = place + std::to_string(count++);
+        std::string name = place + std::to_string(count++);
         const int opened = _open(name.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | runtimeMode(mode),
                                  runtimePermissions(permissions));
         if (opened != -1) {
-            temporary = name;
+            temporary = std::move(name);
             descriptor = opened;
             return 0;
         }
@@ -454,7 +454,8 @@ int removeFile(const char* path) {
 }
 
 int removeOpened(const char* path) {
-    return removeFile(path);
+    _chmod(path, _S_IREAD | _S_IWRITE);  // a copy of a read-only file cannot be removed otherwise
+    return errorOf(_unlink(path));
 }
 
 int replaceFile(const char* from, const char* to) {
