@@ -110,10 +110,22 @@ bool ProjectConverter::InLowerCase::operator()(std::string_view a, std::string_v
                                         [&](char x, char y) { return folded(x) < folded(y); });
 }
 
-int ProjectConverter::addRelocation(const std::string& oldPath, const std::string& newPath) {
+bool ProjectConverter::insertRelocation(const std::string& oldPath, const std::string& newPath) {
     const auto place = relocations_.lower_bound(oldPath);
     const bool isThere = place != relocations_.end() && !InLowerCase()(oldPath, place->first);
     if (!isThere) relocations_.emplace_hint(place, kept(oldPath), kept(toLowerCase(newPath)));
+    return !isThere;
+}
+
+int ProjectConverter::addRelocation(const std::string& oldPath, const std::string& newPath) {
+    insertRelocation(oldPath, newPath);
+    return 0;
+}
+
+int ProjectConverter::addMove(const std::string& oldFile, const std::string& newPath) {
+    const std::string key = relocationKey(oldFile, projectDir_);
+    const bool isWhereKeyLeads = key == oldFile || oldFile.starts_with(projectDir_ + "/");
+    if (insertRelocation(key, newPath) && !isWhereKeyLeads) otherFiles_.emplace(key, oldFile);
     return 0;
 }
 
@@ -157,9 +169,15 @@ int ProjectConverter::nextRelocation(std::string& oldPath, std::string& newPath)
     return handOut(cursor_, oldPath, newPath);
 }
 
-int ProjectConverter::forEachOldPath(const std::function<int(const std::string& oldPath)>& visit) const {
+int ProjectConverter::forEachOldFile(
+    const std::function<int(const std::string& file, bool isOfProject)>& visit) const {
     for (const auto& [oldPath, newPath] : relocations_) {
-        if (const int status = visit(std::string(oldPath)); status != 0) return status;
+        const fsutil::Reference old{std::string(oldPath)};
+        std::string file;
+        if (!old.resolve(projectDir_, file)) continue;
+        const auto other = otherFiles_.find(oldPath);
+        if (other != otherFiles_.end()) file = other->second;
+        if (const int status = visit(file, old.isRelative()); status != 0) return status;
     }
     return 0;
 }

@@ -69,9 +69,13 @@ public:
     // the end and in an empty table.
     int firstRelocation(std::string& oldPath, std::string& newPath);
     int nextRelocation(std::string& oldPath, std::string& newPath);
-    // The old paths in the same order, as they were spelled when the moves were entered. Ends at the first
-    // status other than 0 of `visit`, and returns it.
-    int forEachOldPath(const std::function<int(const std::string& oldPath)>& visit) const;
+    // addRelocation for a file by the path that it was found under, which is kept for forEachOldFile. The old
+    // path is entered by relocationKey.
+    int addMove(const std::string& oldFile, const std::string& newPath);
+    // The old files in the same order: those of addMove as they were given, others by their old paths,
+    // relative ones seen from the project folder. Ends at the first status other than 0 of `visit`, and
+    // returns it.
+    int forEachOldFile(const std::function<int(const std::string& file, bool isOfProject)>& visit) const;
 
 protected:
     // Hands a text out as the getters do: 0, or 1 and an empty output while it is empty.
@@ -79,12 +83,14 @@ protected:
 
 private:
     struct InLowerCase {
+        using is_transparent = void;
         bool operator()(std::string_view a, std::string_view b) const;
     };
     // There may be hundreds of thousands of moves, and none is ever taken back, so they share large blocks of
     // memory. Keys as spelled, values in lower case.
     using Relocations = std::pmr::map<std::string_view, std::string_view, InLowerCase>;
 
+    bool insertRelocation(const std::string& oldPath, const std::string& newPath);
     std::string_view kept(const std::string& text);
     int handOut(Relocations::const_iterator move, std::string& oldPath, std::string& newPath) const;
 
@@ -98,6 +104,9 @@ private:
     std::pmr::monotonic_buffer_resource relocationMemory_;
     Relocations relocations_{&relocationMemory_};
     Relocations::const_iterator cursor_ = relocations_.end();
+    // Files of addMove that are not where their keys lead: in a folder that differs in case from the
+    // project's.
+    std::map<std::string, std::string, InLowerCase> otherFiles_;
 };
 
 }  // namespace tvxconv

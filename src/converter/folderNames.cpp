@@ -17,11 +17,4 @@ int forEachName(const std::string& folder, const std::function<bool(const std::s
     return 0;
 }
 
-int namesIn(const std::string& folder, std::vector<std::string>& names) {
-    return forEachName(folder, [&](const std::string& name) {
-        names.push_back(name);
-        return true;
-    });
-}
-
 }  // namespace tvxconv

@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace tvxconv {
 
@@ -14,9 +13,5 @@ namespace tvxconv {
 // returns false. The names are those that were there when the walk began. Returns 0, or 1 when the folder
 // cannot be opened; nothing is reported.
 int forEachName(const std::string& folder, const std::function<bool(const std::string& name)>& visit);
-
-// All of these names, appended to `names`, for a caller who changes the folder or has to know them later.
-// Status as above.
-int namesIn(const std::string& folder, std::vector<std::string>& names);
 
 }  // namespace tvxconv

@@ -11,7 +11,6 @@
 #include <string>
 #include <string_view>
 
-#include "converter/ProjectConverter.h"
 #include "fsutil/lines.h"
 
 namespace tvxconv {
@@ -52,13 +51,5 @@ struct ProfileRules {
 // Writes the profile file at `oldPath` as `newPath`. Statuses as with rewriteLinesIfPresent.
 int rewriteProfileIfPresent(const std::string& oldPath, const std::string& newPath, const ProfileRules& rules,
                             bool& isPresent);
-
-// The new form of a data or output file that a profile file names. `fileBase` is the profile file's name
-// before its first ".", `profile` the name of the profile, after which its moved outputs are called. A file
-// in the table of moves of `converter` is named without a folder, any other from the root. Returns 1, with
-// `reference` empty, when the value cannot be resolved.
-int relocateOutputValue(const ProjectConverter& converter, std::string& reference, const std::string& value,
-                        const std::string& projectDir, const std::string& fileBase,
-                        const std::string& profile);
 
 }  // namespace tvxconv

@@ -69,7 +69,7 @@ void DraftelProjectConverter::recordMove(const std::string& oldPath, const std::
                                          const std::string& destination) {
     std::string newRelative;
     fsutil::relativeToFolder(newPath, destination, newRelative);
-    addRelocation(relocationKey(oldPath, projectDir()), newRelative);
+    addMove(oldPath, newRelative);
 }
 
 }  // namespace tvxconv

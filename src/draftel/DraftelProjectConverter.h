@@ -193,10 +193,6 @@ public:
     // the new path relative to `destination`.
     void recordMove(const std::string& oldPath, const std::string& newPath, const std::string& destination);
 
-    const std::string& designFileBaseName() const { return designFileBaseName_; }
-    const std::string& designFilePath() const { return designFilePath_; }
-    const std::string& designDir() const { return designDir_; }
-
 private:
     int convertInPlace();
     int convertIntoDestination(const std::string& path);

@@ -28,7 +28,7 @@ constexpr const char* kProfiles = "Profiles";
 // The sections whose measurements name the profile they run on by its profile file.
 constexpr const char* kAnalyses[] = {"Optimizer", "Sensitivity", "MonteCarlo"};
 constexpr const char* kMeasurements = "MEASUREMENTS";
-constexpr const char* kProfile = "Profile";
+constexpr const char* kProfileOfMeasurement = "Profile";
 
 // Reads `path` into an empty document.
 bool readDocument(const std::string& path, AttributeFile& document) {
@@ -60,11 +60,11 @@ void renameProfilesOfMeasurements(AttributeNode& analysis, const DraftelProjectC
     if (measurements == nullptr) return;
     for (AttributeNode* each = measurements->firstChild(); each != nullptr;
          each = measurements->nextChild()) {
-        const char* oldName = each->attributeValue(kProfile);
+        const char* oldName = each->attributeValue(kProfileOfMeasurement);
         std::string newName;
         if (oldName == nullptr || converter.newProfileFileName(newName, oldName) != 0) continue;
-        each->removeAttribute(kProfile);
-        each->addAttribute(kProfile, newName.c_str());
+        each->removeAttribute(kProfileOfMeasurement);
+        each->addAttribute(kProfileOfMeasurement, newName.c_str());
     }
 }
 
@@ -80,7 +80,7 @@ int DraftelProjectConverter::relocateAnalysisProfile(std::string& newPath, const
                                                      const std::string& schematicFolder,
                                                      const std::string& extension) {
     const std::string source = oldPath;
-    const std::string target = schematicFolder + "/" + schematic + "." + extension;
+    const std::string target = schematicFolder + "/" + newSchematicFileName(schematic, extension);
     newPath = target;
     AttributeFile document(AttributeFile::kAnalysisProfile);
     if (!readDocument(source, document)) return 0;

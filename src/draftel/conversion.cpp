@@ -16,9 +16,9 @@ namespace {
 
 // Never deleted, though the table of moves has them: the design stays the user's, under an absolute
 // path in the table, and the old project file is the user's way back, under a relative one.
-bool staysInPlace(const std::string& extension, bool isRelative) {
+bool staysInPlace(const std::string& extension, bool isOfProject) {
     using fsutil::equalIgnoringCase;
-    if (isRelative) return equalIgnoringCase(extension, kProject);
+    if (isOfProject) return equalIgnoringCase(extension, kProject);
     return equalIgnoringCase(extension, kDesign) || equalIgnoringCase(extension, kDesignBackup);
 }
 
@@ -67,11 +67,8 @@ int DraftelProjectConverter::convertInPlace() {
 }
 
 int DraftelProjectConverter::deleteOldFiles() {
-    return forEachOldPath([&](const std::string& oldPath) {
-        const fsutil::Reference old(oldPath);
-        if (staysInPlace(fsutil::extensionOf(old.fileName()), old.isRelative())) return 0;
-        std::string file;
-        if (!old.resolve(projectDir(), file)) return 0;
+    return forEachOldFile([](const std::string& file, bool isOfProject) {
+        if (staysInPlace(fsutil::extensionOf(fsutil::fileNameOf(file)), isOfProject)) return 0;
         return fsutil::deleteFile(file) == 0 ? 0 : reportError(ERR_DELETE_FILE, file);
     });
 }

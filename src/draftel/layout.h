@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "converter/outputExtension.h"
+#include "converter/outputName.h"
 
 namespace tvxconv::draftel {
 

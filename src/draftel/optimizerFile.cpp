@@ -5,15 +5,18 @@
 #include "converter/fileSteps.h"
 #include "converter/rewriteOptimizerFile.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "draftel/layout.h"
 #include "fsutil/paths.h"
 
 namespace tvxconv {
+
+using namespace draftel;
 
 int DraftelProjectConverter::rewriteOptimizerFile(std::string& newPath, const std::string& oldPath,
                                                   const std::string& schematic,
                                                   const std::string& schematicFolder,
                                                   const std::string& extension) {
-    const std::string target = schematicFolder + "/" + schematic + "." + extension;
+    const std::string target = schematicFolder + "/" + newSchematicFileName(schematic, extension);
     const OptimizerLine lines[] = {
         {kSimulationWord, kSimulationMark,
          [&](std::string& newValue, const std::string& value) {

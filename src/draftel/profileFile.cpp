@@ -2,6 +2,7 @@
 // deck, the data and output files, and numbered "+" lines that name further files. The new file lies
 // beside the profile's folder, and names of moved files are written without a folder.
 
+#include "converter/outputReference.h"
 #include "converter/rewriteProfile.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "draftel/layout.h"
@@ -37,7 +38,7 @@ int DraftelProjectConverter::rewriteSimProfile(const std::string& fileBase, cons
     rules.keys = kKeys;
     rules.newValue = [&](ProfileValue kind, const std::string& value) {
         if (kind == ProfileValue::profileFile) return profile + "." + kProfile;
-        if (kind == ProfileValue::deck) return profile + "." + newOutputExtension(kOldDeckExtension);
+        if (kind == ProfileValue::deck) return newOutputName(profile, kOldDeckExtension);
         std::string reference;
         const bool made = relocateOutputReference(reference, value, projectDir(), fileBase, profile) == 0;
         return fsutil::toBackslashes(made ? reference : value);

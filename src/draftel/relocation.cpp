@@ -69,18 +69,16 @@ int DraftelProjectConverter::relocateProfileOutputs(const std::string& designBas
                                                     const std::string& destination,
                                                     const std::string& profileFolder) {
     const std::string oldStem = projectDir() + "/" + oldOutputStem(designBase, schematic, profile);
-    const std::string newStem = profileFolder + "/" + profile + ".";
     for (const std::string& extension : profileLevelExtensions_) {
         const std::string oldPath = oldStem + extension;
-        const std::string newExtension = newOutputExtension(extension);
-        std::string newPath = newStem + newExtension;
+        std::string newPath = profileFolder + "/" + newOutputName(profile, extension);
         bool isPresent = false;
         // One output that cannot be written does not keep the others from following their profile.
         if (fsutil::equalIgnoringCase(extension, kOldDeckExtension)) {
             isPresent = fsutil::isPresentFile(oldPath);
             if (isPresent) {
                 rewriteSimulationNetlist(newPath, oldPath, projectDir(), schematic, profile, profileFolder,
-                                         newExtension);
+                                         newOutputExtension(extension));
             }
         } else {
             copyFileIfPresentOrReport(oldPath, newPath, isPresent);

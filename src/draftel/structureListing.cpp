@@ -1,5 +1,6 @@
 // What the project looks like after a conversion: the listing that a host shows, and the report file.
 
+#include "converter/report.h"
 #include "converter/structure.h"
 #include "draftel/DraftelProjectConverter.h"
 #include "draftel/layout.h"

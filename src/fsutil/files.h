@@ -1,7 +1,7 @@
 // files.h
 //
-// Files and folders: what is there, making folders, copying, deleting, listing. Text files are read
-// and written in lines.h; all else that touches the disk comes through here.
+// Files and folders: what is there, making folders, copying, deleting, listing. Text files are read and
+// written in lines.h, large ones in TextFile.h; all else that touches the disk comes through here.
 //
 // The low layer speaks like a C runtime: zero-terminated paths, 0 for success, a negative value for
 // failure. The string layer above it, which the conversions call, returns 0 for success and 1 for

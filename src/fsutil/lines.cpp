@@ -159,8 +159,13 @@ int LineWriter::close() {
     if (platform::closeFile(descriptor_) != 0) failed_ = true;
     descriptor_ = -1;
     const std::string target = std::exchange(target_, {});
-    if (!failed_ && !target.empty()) failed_ = platform::replaceFile(path_.c_str(), target.c_str()) != 0;
-    if (failed_) platform::removeOpened(path_.c_str());
+    bool isDone = !failed_ && target.empty();
+    if (!failed_ && !target.empty()) {
+        isDone = platform::replaceFile(path_.c_str(), target.c_str()) == 0;
+        // Another user's file in a folder of all cannot be replaced, but it can be written.
+        if (!isDone) failed_ = copyFileContents(path_.c_str(), target.c_str()) != 0;
+    }
+    if (!isDone) platform::removeOpened(path_.c_str());
     return failed_ ? 1 : 0;
 }
 

@@ -142,8 +142,8 @@ int makeWritable(const char* path);
 int setPermissions(const char* path, unsigned permissions);
 
 // Removes one file. Where the folder holds two names that are equal ignoring ASCII case, nothing is
-// removed and the call fails, even if one of them is spelled as asked: a caller that lost the
-// spelling must not lose the wrong file.
+// removed and the call fails, even if one of them is spelled as asked: on the systems that the projects come
+// from they would be one file, so nobody can say which of them is meant.
 int removeFile(const char* path);
 
 // Removes the file that openForWriting or openTemporaryBeside has opened under this path, whatever other

@@ -410,12 +410,9 @@ int removeFile(const char* path) {
 }
 
 int removeOpened(const char* path) {
-    std::string removed = path;
-    const int error = errorOf(onExisting(path, [&](const char* actual) {
-        removed = actual;
-        return unlink(actual);
-    }));
-    if (error == 0) noteRemoved(removed);
+    const std::string actual = followLinks(path);
+    const int error = errorOf(unlink(actual.c_str()));
+    if (error == 0) noteRemoved(actual);
     return error;
 }
 

@@ -454,8 +454,9 @@ int removeFile(const char* path) {
 }
 
 int removeOpened(const char* path) {
-    _chmod(path, _S_IREAD | _S_IWRITE);  // a copy of a read-only file cannot be removed otherwise
-    return errorOf(_unlink(path));
+    const std::string file = followLinks(path);
+    _chmod(file.c_str(), _S_IREAD | _S_IWRITE);  // a copy of a read-only file cannot be removed otherwise
+    return errorOf(_unlink(file.c_str()));
 }
 
 int replaceFile(const char* from, const char* to) {

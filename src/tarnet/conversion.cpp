@@ -41,7 +41,7 @@ int TarnetProjectConverter::convertCell(const std::string& cfgAnalogDirectory) {
     if (fsutil::fileNameOf(cellFolder, cell) != 0) return 1;
     setDesignName(cell);
     setCellName(cell);
-    const std::string project = newCellFileName(cell, kProjectFile);
+    const std::string project = newCellFileName(cell, kProject);
     setProjectPath(cfgAnalogDirectory + "/" + project);
     setNewProjectPath(newView + "/" + project);
     return relocateCellFiles();

@@ -30,14 +30,10 @@ bool isView(const std::string& folder) {
 std::string newCellFileName(const std::string& cell, const std::string& extension) {
     // Other files and programs look for these two by the cell's name, so their extensions are spelled alike
     // in all cells.
-    for (const char* rewritten : {kNetlist, kOptimizerFile}) {
+    for (const char* rewritten : {kNetlist, kOptimizer}) {
         if (equalIgnoringCase(extension, rewritten)) return cell + "." + rewritten;
     }
     return cell + (equalIgnoringCase(extension, kPartProperties) ? "_sch." : ".") + extension;
-}
-
-std::string newProfileFileName(const std::string& profile, const std::string& extension) {
-    return profile + "." + newOutputExtension(extension);
 }
 
 }  // namespace tvxconv::tarnet

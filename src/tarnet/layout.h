@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "converter/outputExtension.h"
+#include "converter/outputName.h"
 
 namespace tvxconv::tarnet {
 
@@ -19,11 +19,11 @@ constexpr const char* kViewMarker = "master.tag";
 constexpr const char* kProfilesFolder = "profiles";
 
 // Extensions that are treated in a way of their own.
-constexpr const char* kProfileFile = "sim";
+constexpr const char* kProfile = "sim";
 constexpr const char* kNetlist = "net";
-constexpr const char* kOptimizerFile = "opt";
+constexpr const char* kOptimizer = "opt";
 constexpr const char* kPartProperties = "prp";
-constexpr const char* kProjectFile = "opj";
+constexpr const char* kProject = "opj";
 
 // Whether an entry of a library may be a cell: their names have no ".".
 bool isCellName(const std::string& name);
@@ -35,9 +35,7 @@ std::string newViewOf(const std::string& cellFolder);
 // Whether the folder is marked as a view. A marker that may not be read counts as absent.
 bool isView(const std::string& folder);
 
-// The name, in the new view, of a file that takes the cell's; and of one that takes its profile's, in the
-// profile's folder.
+// The name, in the new view, of a file that takes the cell's.
 std::string newCellFileName(const std::string& cell, const std::string& extension);
-std::string newProfileFileName(const std::string& profile, const std::string& extension);
 
 }  // namespace tvxconv::tarnet

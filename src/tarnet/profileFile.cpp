@@ -1,6 +1,7 @@
 // Rewriting a simulation profile file of a cell. The new file lies beside the profile's folder under its old
 // name; the profile is called after it.
 
+#include "converter/outputReference.h"
 #include "converter/rewriteProfile.h"
 #include "fsutil/files.h"
 #include "tarnet/TarnetProjectConverter.h"
@@ -29,7 +30,7 @@ int TarnetProjectConverter::rewriteSimProfile(const std::string& sourceDirectory
     rules.netlist = newCellFileName(cellName, kNetlist);
     rules.keys = kKeys;
     rules.newValue = [&](ProfileValue kind, const std::string& value) {
-        if (kind == ProfileValue::deck) return newProfileFileName(profileName, kOldDeckExtension);
+        if (kind == ProfileValue::deck) return newOutputName(profileName, kOldDeckExtension);
         std::string reference;
         const bool made =
             relocateOutputValue(*this, reference, value, sourceDirectory, profileName, profileName) == 0;

@@ -43,7 +43,7 @@ public:
     int relocateCellFile(const std::string& sourceDirectory, const std::string& fileName,
                          const std::string& extension) {
         const std::string& cell = converter_.cellName();
-        if (equalIgnoringCase(extension, kProfileFile)) {
+        if (equalIgnoringCase(extension, kProfile)) {
             const std::string profile = fsutil::baseNameOf(fileName);
             if (const int status = ensureProfileFolder(profile); status != 0) return status;
             return converter_.rewriteSimProfile(sourceDirectory, newView_ + "/" + kProfilesFolder, fileName,
@@ -53,7 +53,7 @@ public:
         const std::string destination = newView_ + "/" + newCellFileName(cell, extension);
         if (equalIgnoringCase(extension, kNetlist))
             return converter_.rewriteNetlist(source, destination, cell);
-        if (equalIgnoringCase(extension, kOptimizerFile)) {
+        if (equalIgnoringCase(extension, kOptimizer)) {
             return converter_.rewriteOptimizerFile(source, destination, newView_);
         }
         return copyFileOrReport(source, destination);
@@ -65,7 +65,7 @@ public:
         if (const int status = ensureProfileFolder(profile); status != 0) return status;
         const std::string source = sourceDirectory + "/" + fileName;
         const std::string destination =
-            newView_ + "/" + kProfilesFolder + "/" + profile + "/" + newProfileFileName(profile, extension);
+            newView_ + "/" + kProfilesFolder + "/" + profile + "/" + newOutputName(profile, extension);
         if (equalIgnoringCase(extension, kOldDeckExtension)) {
             return converter_.rewriteCircuitIncludes(sourceDirectory, source, destination);
         }

@@ -3,6 +3,7 @@
 
 #include "converter/folderNames.h"
 #include "converter/guarded.h"
+#include "converter/report.h"
 #include "converter/structure.h"
 #include "fsutil/files.h"
 #include "fsutil/paths.h"

@@ -1,4 +1,4 @@
-#include "converter/outputExtension.h"
+#include "converter/outputName.h"
 
 #include "fsutil/letterCase.h"
 
@@ -15,6 +15,10 @@ std::string newOutputExtension(const std::string& extension) {
         if (fsutil::equalIgnoringCase(extension, from)) return to;
     }
     return extension;
+}
+
+std::string newOutputName(const std::string& profile, const std::string& extension) {
+    return profile + "." + newOutputExtension(extension);
 }
 
 }  // namespace tvxconv
