@@ -138,10 +138,13 @@ private:
             expected_.text += line;
             return;
         }
-        std::string end = line.ends_with("\r\n") ? "\r\n" : "\n";
-        std::string rest = close == std::string::npos ? "" : line.substr(close + 1);
-        if (rest.ends_with("\n")) rest.resize(rest.size() - (rest.ends_with("\r\n") ? 2 : 1));
-        expected_.text += word + " \"" + newValue + "\"" + rest + end;
+        std::string rest;
+        if (close != std::string::npos) {
+            rest = line.substr(close + 1);
+        } else if (line.ends_with("\n")) {
+            rest = line.ends_with("\r\n") ? "\r\n" : "\n";
+        }
+        expected_.text += word + " \"" + newValue + "\"" + rest;
     }
 
     static bool renameProfile(const std::string& value, std::string& newValue) {

@@ -214,6 +214,7 @@ private:
         std::string text;  // the new line, or for a reference what stands before and behind its value
         std::string behind;
         std::function<void(const std::string& value)> check;
+        std::string endForNone = "\n";  // what a new line ends with in place of one without an end
     };
 
     // Holds the lines of a new file against what they should be, their ends against those of the old ones.
@@ -247,7 +248,7 @@ private:
                 fate.check(value);
             }
             if (!kept) {
-                EXPECT_EQ(line.end, old.end.empty() ? "\n" : old.end) << path << ": " << old.text;
+                EXPECT_EQ(line.end, old.end.empty() ? fate.endForNone : old.end) << path << ": " << old.text;
             }
         }
         EXPECT_EQ(at, newLines.size()) << path;
@@ -456,6 +457,7 @@ private:
             fate.kind = Fate::referenceIn;
             fate.text = isSimulation ? "sim " : "ext ";
             fate.behind = behindValue(line);
+            fate.endForNone = "";
             fate.check = [&, isSimulation, named](const std::string& now) {
                 if (!isSimulation) {
                     checkDesignProfile(optimizer.schematic, named, now);

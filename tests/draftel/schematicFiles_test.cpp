@@ -479,7 +479,7 @@ public:
             {"amp-TevrixFiles/S2/", ""},
             {"amp-TevrixFiles/S2/S2-default.mrk", "markers of S2"},
             // The design profile has gone with the schematic that named it first.
-            {"amp-TevrixFiles/S2/S2.opt", "ext \"corners.mdp\"\nsim \"tran.sim\"\n"},
+            {"amp-TevrixFiles/S2/S2.opt", "ext \"corners.mdp\"\nsim \"tran.sim\""},
         });
     }
 

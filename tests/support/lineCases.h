@@ -24,10 +24,14 @@ constexpr const char* kDropped = nullptr;
 // Marks in the lines, and the folders that they stand for.
 using Places = std::vector<std::pair<std::string, std::string>>;
 
+// What becomes of a new line in place of a last one that has no end.
+enum class LastLine { getsAnEnd, staysWithoutEnd };
+
 // Each line between others that stay, with LF and with CRLF, and as a last line without an end: what is
-// copied keeps having none, what is new gets one. `rewritten` makes the new text of an old one.
+// copied keeps having none. `rewritten` makes the new text of an old one.
 template <class Rewritten>
-void expectLines(const std::vector<LineCase>& cases, const Places& places, Rewritten rewritten) {
+void expectLines(const std::vector<LineCase>& cases, const Places& places, Rewritten rewritten,
+                 LastLine lastLine = LastLine::getsAnEnd) {
     const auto here = [&](const char* text) {
         std::string result = text;
         for (const auto& [mark, folder] : places) result = replaced(result, mark, folder);
@@ -42,7 +46,8 @@ void expectLines(const std::vector<LineCase>& cases, const Places& places, Rewri
                       "* before" + line + end + (isDropped ? "" : written + end) + "after 1 0 1k" + end)
                 << line;
         }
-        const std::string last = isDropped ? "" : written == line ? line : written + "\n";
+        const bool getsEnd = lastLine == LastLine::getsAnEnd && !isDropped && written != line;
+        const std::string last = getsEnd ? written + "\n" : written;
         EXPECT_EQ(rewritten("* before\n" + line), "* before\n" + last) << line;
     }
     EXPECT_EQ(lastError(), LastError());

@@ -49,7 +49,8 @@ TEST(TarnetOptimizerFile, NamesDesignProfilesWhereTheyAreToBeFound) {
             {"Ext \"/x/y.mdp.old\";", "ext \"/x/y.mdp.old\";"},
             {"Ext \"ab/c.mdp\"", "ext \"ab/c.mdp\""},
         },
-        library.places(), [&](const std::string& text) { return rewritten(library, text); });
+        library.places(), [&](const std::string& text) { return rewritten(library, text); },
+        LastLine::staysWithoutEnd);
     EXPECT_EQ(library.readNew("corners.mdp"), "corners");
     EXPECT_FALSE(library.existsNew("deep.mdp"));
 }
@@ -64,7 +65,8 @@ TEST(TarnetOptimizerFile, KeepsADesignProfileThatIsNotThere) {
             {"ext \"folder.mdp\"", "ext \"folder.mdp\""},
             {"ext \"C:corners.mdp\"", "ext \"C:corners.mdp\""},
         },
-        library.places(), [&](const std::string& text) { return rewritten(library, text); });
+        library.places(), [&](const std::string& text) { return rewritten(library, text); },
+        LastLine::staysWithoutEnd);
 }
 
 TEST(TarnetOptimizerFile, LeavesOutWhatNamesNoDesignProfile) {
@@ -80,7 +82,8 @@ TEST(TarnetOptimizerFile, LeavesOutWhatNamesNoDesignProfile) {
             {"ext \"\"", "ext \"\""},
             {"EXT \"\" \"corners.mdp\"", "EXT \"\" \"corners.mdp\""},
         },
-        library.places(), [&](const std::string& text) { return rewritten(library, text); });
+        library.places(), [&](const std::string& text) { return rewritten(library, text); },
+        LastLine::staysWithoutEnd);
 }
 
 TEST(TarnetOptimizerFile, KeepsEverythingElse) {
@@ -94,14 +97,18 @@ TEST(TarnetOptimizerFile, KeepsEverythingElse) {
             {"ex \"corners.mdp\"", "ex \"corners.mdp\""},
             {"goal 1 %s", "goal 1 %s"},
         },
-        library.places(), [&](const std::string& text) { return rewritten(library, text); });
+        library.places(), [&](const std::string& text) { return rewritten(library, text); },
+        LastLine::staysWithoutEnd);
     const std::string filling(1023, 'x');
     EXPECT_EQ(rewritten(library, filling + "ext \"a.txt\"\n"), filling);
     EXPECT_EQ(rewritten(library, filling + "xext \"a.txt\"\n"), filling + "xext \"a.txt\"\n");
     EXPECT_EQ(rewritten(library, ""), "");
     // Without a closing quote the line end belongs to the value.
     EXPECT_EQ(rewritten(library, "ext \"corners.mdp\nnext\n"), "ext \"corners.mdp\nnext\n");
-    EXPECT_EQ(rewritten(library, "ext \"corners.mdp"), "ext \"corners.mdp\"\n");
+    EXPECT_EQ(rewritten(library, "ext \"corners.mdp"), "ext \"corners.mdp\"");
+    // A long line comes in pieces, and stays one line.
+    EXPECT_EQ(rewritten(library, "EXT \"corners.mdp\"" + std::string(2000, ' ') + "\r\nnext"),
+              "ext \"corners.mdp\"" + std::string(2000, ' ') + "\r\nnext");
 }
 
 TEST(TarnetOptimizerFile, ADesignProfileThatCannotBeCopiedIsReportedAndItsLineStays) {

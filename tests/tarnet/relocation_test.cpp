@@ -346,6 +346,14 @@ TEST(TarnetRelocation, AnOutputMakesTheFoldersThatItNeedsEachTime) {
     EXPECT_EQ(lastError(), openForReadingError(library.cfg + "/ac.sim.cir"));
 }
 
+std::vector<std::string> filesOf(const Tree& tree) {
+    std::vector<std::string> names;
+    for (const auto& [name, text] : tree) {
+        if (!name.ends_with('/')) names.push_back(name);
+    }
+    return names;
+}
+
 TEST(TarnetRelocation, TheMarkerNamesTheNetlist) {
     TarnetLibrary library;
     library.prepareCell();
@@ -362,7 +370,14 @@ TEST(TarnetRelocation, TheMarkerNamesTheNetlist) {
         EXPECT_EQ(lastError(), openForWritingError(library.path("marker")));
         return true;
     }));
-    EXPECT_FALSE(library.exists("marker"));
+    EXPECT_EQ(library.read("marker"), "Any cell.net") << "what was there stays";
+    EXPECT_TRUE(succeedsWithFileLimit(11, [&] {
+        EXPECT_EQ(library.converter.writeViewMasterTag(library.path("another")), 10106);
+        EXPECT_EQ(lastError(), openForWritingError(library.path("another")));
+        return true;
+    }));
+    EXPECT_EQ(filesOf(library.tree()), (std::vector<std::string>{"amp/cfg_analog/master.tag", "marker"}))
+        << "nothing unfinished";
 }
 
 // --- failures: what ends the cell, what is returned, and whether the view is marked ---
@@ -377,14 +392,6 @@ struct Failure {
     // What is in the new view, but for what was put there to be in the way.
     std::vector<std::string> files;
 };
-
-std::vector<std::string> filesOf(const Tree& tree) {
-    std::vector<std::string> names;
-    for (const auto& [name, text] : tree) {
-        if (!name.ends_with('/')) names.push_back(name);
-    }
-    return names;
-}
 
 void fillCell(const TarnetLibrary& library) {
     library.writeOld("a.lib", "models of 12");
@@ -563,11 +570,11 @@ TEST(TarnetRelocation, AFullDiskEndsTheCellAndMayLeaveRoomForTheMarker) {
         LastError (*error)(const TarnetLibrary& library);
         std::vector<std::string> files;
     } cases[] = {
-        // A copy of 12 bytes is cut, and the part stays.
+        // A copy of 12 bytes is cut, and the part is removed.
         {11,
          0,
          [](const TarnetLibrary& l) { return copyFileError(l.cfg + "/a.lib", l.view + "/a.lib"); },
-         {"a.lib", "master.tag"}},
+         {"master.tag"}},
         // The netlist, of 13 bytes, is removed when it cannot be written to its end.
         {12,
          0,
@@ -577,7 +584,7 @@ TEST(TarnetRelocation, AFullDiskEndsTheCellAndMayLeaveRoomForTheMarker) {
         {6,
          10106,
          [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); },
-         {"a.lib"}},
+         {}},
     };
     for (const auto& c : cases) {
         TarnetLibrary library;
