@@ -1,9 +1,9 @@
 // folderIndex_test.cpp
 //
 // Files and folders that are asked for in another letter case than they have, on a file system that
-// tells the two apart: what is found, what is made, what is deleted, how soon a change by another
-// program is noticed, and what it costs. "Others" are the standard library's functions and threads,
-// of which the library knows nothing.
+// tells the two apart: what is found, what is made, what is deleted, which changes by another program
+// are noticed, and what it costs. "Others" are the standard library's functions, of which the library
+// knows nothing.
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -11,13 +11,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "fsutil/files.h"
@@ -28,7 +26,7 @@
 namespace fs = std::filesystem;
 
 namespace {
-std::atomic<int> foldersOpened{0};
+int foldersOpened = 0;
 }
 
 // Stands in front of the C library's function, to count how often a folder is read.
@@ -433,71 +431,35 @@ TEST_F(LetterCase, IsIgnoredByADeletionOnlyForFiles) {
 
 // --- changes by others ---
 
-// A folder with a number of other names in it. Others change it behind the library's back, and some of
-// them set its modification time back when they are done, as programs do that unpack or copy files.
-struct Surroundings {
-    const char* description;
-    int otherNames;
-    bool timeIsSetBack;
-};
-
-class OthersChanges : public LetterCase, public testing::WithParamInterface<Surroundings> {
+// Where no folders are remembered, every question is answered by the disk, however close in time the change
+// is.
+class OthersChanges : public LetterCase {
 protected:
     void SetUp() override {
         LetterCase::SetUp();
         if (IsSkipped()) return;
         folder.makeFolder("Work");
-        for (int i = 0; i < GetParam().otherNames; ++i) writeByOther("Name" + std::to_string(i), "");
-        oldTime_ = fs::last_write_time(folder.path("Work")) - std::chrono::hours(1);
-    }
-
-    template <class Change>
-    void byOther(Change change) const {
-        change();
-        if (GetParam().timeIsSetBack) fs::last_write_time(folder.path("Work"), oldTime_);
+        for (int i = 0; i < 20; ++i) writeByOther("Name" + std::to_string(i), "");
     }
 
     void writeByOther(const string& name, const string& text) const {
-        byOther([&] { std::ofstream(folder.path("Work/" + name)) << text; });
+        std::ofstream(folder.path("Work/" + name)) << text;
     }
 
     void removeByOther(const string& name) const {
-        byOther([&] { EXPECT_TRUE(fs::remove(folder.path("Work/" + name))) << name; });
+        EXPECT_TRUE(fs::remove(folder.path("Work/" + name))) << name;
     }
 
     void renameByOther(const string& from, const string& to) const {
-        byOther([&] { fs::rename(folder.path("Work/" + from), folder.path("Work/" + to)); });
+        fs::rename(folder.path("Work/" + from), folder.path("Work/" + to));
     }
 
     bool finds(const string& name) const { return isFile("Work/" + name); }
-
-    // A large folder is not read again after each change of our own. Where two changes in a row can have
-    // one time, that of another may stay unnoticed for a moment then.
-    bool mayMissAChange() const { return GetParam().otherNames > 256 && !timesTellEveryChange(); }
-
-private:
-    bool timesTellEveryChange() const {
-        const TestFolder probe;
-        timespec before{};
-        for (int i = 0; i < 200; ++i) {
-            if (i % 2 == 0) probe.write("file", "");
-            if (i % 2 == 1) fs::remove(probe.path("file"));
-            struct stat status {};
-            EXPECT_EQ(stat(probe.path().c_str(), &status), 0);
-            const bool isSame =
-                status.st_ctim.tv_sec == before.tv_sec && status.st_ctim.tv_nsec == before.tv_nsec;
-            if (isSame) return false;
-            before = status.st_ctim;
-        }
-        return true;
-    }
-
-    fs::file_time_type oldTime_;
 };
 
 constexpr int kRounds = 200;
 
-TEST_P(OthersChanges, AreNoticedByTheNextLookUp) {
+TEST_F(OthersChanges, AreNoticedByTheNextLookUp) {
     for (int i = 0; i < kRounds; ++i) {
         SCOPED_TRACE(i);
         const string number = std::to_string(i);
@@ -518,8 +480,21 @@ TEST_P(OthersChanges, AreNoticedByTheNextLookUp) {
     }
 }
 
-TEST_P(OthersChanges, AreNoticedBetweenChangesOfOurOwn) {
-    if (mayMissAChange()) GTEST_SKIP() << "times of files are too coarse here";
+// As a program does that unpacks files.
+TEST_F(OthersChanges, AreNoticedWhereTheTimeOfTheFolderIsSetBack) {
+    const auto time = fs::last_write_time(folder.path("Work")) - std::chrono::hours(1);
+    fs::last_write_time(folder.path("Work"), time);
+    for (int i = 0; i < kRounds; ++i) {
+        SCOPED_TRACE(i);
+        const string number = std::to_string(i);
+        ASSERT_FALSE(finds("amp" + number));
+        writeByOther("AMP" + number, "x");
+        fs::last_write_time(folder.path("Work"), time);
+        ASSERT_TRUE(finds("amp" + number));
+    }
+}
+
+TEST_F(OthersChanges, AreNoticedBetweenChangesOfOurOwn) {
     folder.write("in", "text");
     for (int i = 0; i < kRounds; ++i) {
         SCOPED_TRACE(i);
@@ -535,13 +510,12 @@ TEST_P(OthersChanges, AreNoticedBetweenChangesOfOurOwn) {
         ASSERT_FALSE(finds("other" + number));
         ASSERT_FALSE(finds("OWN" + number));
         ASSERT_EQ(fsutil::makeDirectory(folder.path(own).c_str(), 0777), 0);
-        byOther([&] { fs::remove(folder.path(own)); });
+        fs::remove(folder.path(own));
         ASSERT_FALSE(isFolder("work/own" + number));
     }
 }
 
-TEST_P(OthersChanges, CountWhenANameIsMade) {
-    if (mayMissAChange()) GTEST_SKIP() << "times of files are too coarse here";
+TEST_F(OthersChanges, CountWhenANameIsMade) {
     folder.write("in", "text");
     for (int i = 0; i < kRounds; ++i) {
         SCOPED_TRACE(i);
@@ -557,8 +531,7 @@ TEST_P(OthersChanges, CountWhenANameIsMade) {
     }
 }
 
-TEST_P(OthersChanges, CountWhenAFileIsDeleted) {
-    if (mayMissAChange()) GTEST_SKIP() << "times of files are too coarse here";
+TEST_F(OthersChanges, CountWhenAFileIsDeleted) {
     for (int i = 0; i < kRounds; ++i) {
         SCOPED_TRACE(i);
         const string number = std::to_string(i);
@@ -573,7 +546,7 @@ TEST_P(OthersChanges, CountWhenAFileIsDeleted) {
     }
 }
 
-TEST_P(OthersChanges, ToTheFolderItselfAreNoticed) {
+TEST_F(OthersChanges, ToTheFolderItselfAreNoticed) {
     for (int i = 0; i < kRounds / 10; ++i) {
         SCOPED_TRACE(i);
         ASSERT_FALSE(isFile("WORK/amp.sim"));
@@ -593,7 +566,7 @@ TEST_P(OthersChanges, ToTheFolderItselfAreNoticed) {
     }
 }
 
-TEST_P(OthersChanges, OfOneFolderForAnotherAreNoticed) {
+TEST_F(OthersChanges, OfOneFolderForAnotherAreNoticed) {
     writeByOther("Amp.SIM", "work");
     folder.write("Other/AMP.SIM", "other");
     for (int i = 0; i < kRounds; ++i) {
@@ -612,7 +585,7 @@ TEST_P(OthersChanges, OfOneFolderForAnotherAreNoticed) {
     }
 }
 
-TEST_P(OthersChanges, ToALinkAreNoticed) {
+TEST_F(OthersChanges, ToALinkAreNoticed) {
     folder.write("Else/Amp.sim", "else");
     writeByOther("AMP.SIM", "work");
     for (int i = 0; i < kRounds / 10; ++i) {
@@ -624,56 +597,116 @@ TEST_P(OthersChanges, ToALinkAreNoticed) {
     }
 }
 
-// Another thread makes a file in each folder at the moment in which the library changes it too. Who was
-// first cannot be told then, but what it has made is not overlooked for good.
-TEST_F(LetterCase, OfWhatOthersMakeDuringAChangeOfOurOwnIsIgnoredInTheEnd) {
-    constexpr int kFolders = 30;
-    folder.write("in", "text");
-    for (const int otherNames : {3, 300}) {
-        const auto nameOf = [&](int i) { return "Work" + std::to_string(otherNames + i); };
-        for (int i = 0; i < kFolders; ++i) {
-            for (int j = 0; j < otherNames; ++j) folder.write(nameOf(i) + "/Name" + std::to_string(j), "");
-        }
-        std::atomic<int> turn{-1};
-        std::thread other([&] {
-            for (int i = 0; i < kFolders; ++i) {
-                while (turn < i) std::this_thread::yield();
-                std::ofstream(folder.path(nameOf(i) + "/Other")) << "x";
-            }
-        });
-        for (int i = 0; i < kFolders; ++i) {
-            EXPECT_FALSE(isFile(nameOf(i) + "/none"));
-            turn = i;
-            for (int copies = 0; copies < 5; ++copies) {
-                EXPECT_EQ(copy("in", nameOf(i) + "/Own" + std::to_string(copies)), 0);
-            }
-            EXPECT_EQ(remove(nameOf(i) + "/Own0"), 0);
-        }
-        other.join();
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-        for (int i = 0; i < kFolders; ++i) EXPECT_TRUE(isFile(nameOf(i) + "/OTHER")) << nameOf(i);
+// --- while folders are remembered ---
+
+// The names of a folder are known from the first miss on; what others do to it afterwards is news.
+class RememberedFolder : public LetterCase {
+protected:
+    void SetUp() override {
+        LetterCase::SetUp();
+        if (IsSkipped()) return;
+        folder.write("in", "text");
+        folder.write("Work/Amp.OPJ", "twin");
+        EXPECT_EQ(textOf("Work/amp.opj"), "twin");
+    }
+
+    // The folder goes, and one of the same name comes, with an entry as it is spelled in the tests.
+    void changeByOther(const string& content) const {
+        fs::remove_all(folder.path("Work"));
+        folder.write("Work/amp.opj", content);
+    }
+
+    const platform::RememberedFolders remembered_;
+};
+
+TEST_F(RememberedFolder, ChangesOfOurOwnAreKnown) {
+    EXPECT_EQ(copy("in", "Work/Copy"), 0);
+    EXPECT_EQ(writeText("Work/Lines", "lines"), 0);
+    EXPECT_EQ(fsutil::makeDirectory(folder.path("Work/Sub").c_str(), 0777), 0);
+    ASSERT_EQ(platform::linkFile(folder.path("in").c_str(), folder.path("Work/Link").c_str()), 0);
+    string temporary;
+    int descriptor = -1;
+    ASSERT_EQ(platform::openTemporaryBeside(folder.path("Work/New").c_str(), platform::FileMode::binary, 0666,
+                                            temporary, descriptor),
+              0);
+    EXPECT_EQ(platform::closeFile(descriptor), 0);
+    ASSERT_EQ(platform::replaceFile(temporary.c_str(), folder.path("Work/New").c_str()), 0);
+    const int before = foldersOpened;
+    for (const char* name : {"COPY", "LINES", "LINK", "NEW"})
+        EXPECT_TRUE(isFile("Work/" + string(name))) << name;
+    EXPECT_TRUE(isFolder("Work/SUB"));
+    EXPECT_EQ(foldersOpened, before);
+    for (const char* name : {"Copy", "LINES", "link", "NEW", "amp.opj"}) {
+        EXPECT_EQ(remove("Work/" + string(name)), 0) << name;
+    }
+    EXPECT_EQ(platform::removeFolder(folder.path("Work/SUB").c_str()), 0);
+    for (const char* name : {"COPY", "LINES", "LINK", "NEW", "amp.opj", "SUB"}) {
+        EXPECT_EQ(fsutil::checkPath(folder.path("Work/" + string(name)).c_str(), 0, 0), -1) << name;
+    }
+    EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}}));
+}
+
+TEST_F(RememberedFolder, AFileThatOthersHaveMadeAsSpelledIsReplacedAndNoTwinComes) {
+    for (const bool isThere : {true, false}) {
+        changeByOther("old");
+        if (!isThere) fs::remove(folder.path("Work/amp.opj"));
+        const string from = folder.write("from", "new");
+        EXPECT_EQ(platform::replaceFile(from.c_str(), folder.path("Work/amp.opj").c_str()), 0);
+        EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}, {"Work/amp.opj", "new"}})) << isThere;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Others, OthersChanges,
-                         testing::Values(Surroundings{"InASmallFolder", 3, false},
-                                         Surroundings{"InASmallFolderWithItsTimeSetBack", 3, true},
-                                         Surroundings{"InALargeFolder", 1200, false},
-                                         Surroundings{"InALargeFolderWithItsTimeSetBack", 1200, true}),
-                         [](const auto& tested) { return string(tested.param.description); });
+TEST_F(RememberedFolder, AFileThatOthersHaveMadeAsSpelledIsWrittenAndNoTwinComes) {
+    for (const bool isThere : {true, false}) {
+        changeByOther("old");
+        if (!isThere) fs::remove(folder.path("Work/amp.opj"));
+        EXPECT_EQ(copy("in", "Work/amp.opj"), 0);
+        EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}, {"Work/amp.opj", "text"}})) << isThere;
+    }
+}
+
+TEST_F(RememberedFolder, AFolderOrASecondNameIsMadeAsSpelledWhereTheTwinIsGone) {
+    fs::remove_all(folder.path("Work"));
+    folder.makeFolder("Work");
+    EXPECT_EQ(fsutil::makeDirectory(folder.path("Work/amp.opj").c_str(), 0777), 0);
+    EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}, {"Work/amp.opj/", ""}}));
+    fs::remove_all(folder.path("Work"));
+    folder.makeFolder("Work");
+    EXPECT_EQ(platform::linkFile(folder.path("in").c_str(), folder.path("Work/Amp.opj").c_str()), 0);
+    EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}, {"Work/Amp.opj", "text"}}));
+}
+
+TEST_F(RememberedFolder, AFolderOrASecondNameThatOthersHaveMadeIsInTheWay) {
+    changeByOther("other");
+    EXPECT_EQ(fsutil::makeDirectory(folder.path("Work/amp.opj").c_str(), 0777), -1);
+    EXPECT_NE(platform::linkFile(folder.path("in").c_str(), folder.path("Work/amp.opj").c_str()), 0);
+    EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}, {"Work/amp.opj", "other"}}));
+}
+
+TEST_F(RememberedFolder, ATwinThatIsGoneIsNeitherReadNorDeleted) {
+    fs::remove(folder.path("Work/Amp.OPJ"));
+    EXPECT_EQ(textOf("Work/amp.opj"), "(not found)");
+    EXPECT_EQ(remove("Work/amp.opj"), 1);
+}
+
+TEST_F(RememberedFolder, ATwinThatHasGotAnotherSpellingIsFoundAgain) {
+    fs::rename(folder.path("Work/Amp.OPJ"), folder.path("Work/AMP.opj"));
+    EXPECT_EQ(textOf("Work/amp.opj"), "twin");
+    fs::rename(folder.path("Work/AMP.opj"), folder.path("Work/Amp.OPJ"));
+    EXPECT_EQ(remove("Work/amp.opj"), 0);
+    EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}}));
+}
+
+TEST_F(RememberedFolder, ADeletionTakesTheOneThatIsSpelledAsAskedIfOthersHaveMadeIt) {
+    changeByOther("other");
+    EXPECT_EQ(remove("Work/amp.opj"), 0);
+    EXPECT_EQ(tree(), (Tree{{"in", "text"}, {"Work/", ""}}));
+}
 
 // --- what it costs ---
 
 class LetterCaseCost : public LetterCase {
 protected:
-    // Lets so much time pass that any later change of the folder has another time than the last one.
-    void letTheFolderSettle() const {
-        struct stat status {};
-        ASSERT_EQ(stat(folder.path().c_str(), &status), 0);
-        const bool hasCoarseTimes = status.st_ctim.tv_nsec == 0;
-        std::this_thread::sleep_for(std::chrono::milliseconds(hasCoarseTimes ? 2500 : 100));
-    }
-
     template <class Operation>
     static int foldersReadDuring(Operation operation) {
         const int before = foldersOpened;
@@ -692,15 +725,17 @@ TEST_F(LetterCaseCost, OfANameThatIsSpelledRightIsNoReadingOfAFolder) {
                   EXPECT_EQ(textOf("Sub/Amp.sim"), "text");
                   EXPECT_EQ(copy("Sub/Amp.sim", "Sub/Out.sim"), 0);
                   EXPECT_EQ(writeText("Sub/Out.sim", "new"), 0);
+                  const string moved = folder.path("Sub/Amp.sim");
+                  EXPECT_EQ(platform::replaceFile(moved.c_str(), folder.path("Sub/Out.sim").c_str()), 0);
               }),
               0);
 }
 
-TEST_F(LetterCaseCost, OfManyMissesIsOneReadingOfTheFolder) {
+TEST_F(LetterCaseCost, OfManyMissesIsOneReadingWhereFoldersAreRemembered) {
     for (const int names : {0, 10, 1000}) {
         for (int i = 0; i < names; ++i) folder.write("Name" + std::to_string(i), "");
-        letTheFolderSettle();
         const auto miss = [&](int i) { EXPECT_FALSE(isFile("missing" + std::to_string(i) + ".sim")); };
+        const platform::RememberedFolders remembered;
         EXPECT_EQ(foldersReadDuring([&] { miss(0); }), 1) << names;
         EXPECT_EQ(foldersReadDuring([&] {
                       for (int i = 1; i <= 1000; ++i) miss(i);
@@ -710,9 +745,9 @@ TEST_F(LetterCaseCost, OfManyMissesIsOneReadingOfTheFolder) {
     }
 }
 
-TEST_F(LetterCaseCost, OfManyNamesInAnotherCaseIsOneReadingOfTheFolder) {
+TEST_F(LetterCaseCost, OfManyNamesInAnotherCaseIsOneReadingWhereFoldersAreRemembered) {
     for (int i = 0; i < 1000; ++i) folder.write("Name" + std::to_string(i), std::to_string(i));
-    letTheFolderSettle();
+    const platform::RememberedFolders remembered;
     EXPECT_EQ(foldersReadDuring([&] {
                   for (int i = 0; i < 1000; ++i) {
                       EXPECT_EQ(textOf("NAME" + std::to_string(i)), std::to_string(i));
@@ -721,16 +756,31 @@ TEST_F(LetterCaseCost, OfManyNamesInAnotherCaseIsOneReadingOfTheFolder) {
               1);
 }
 
-TEST_F(LetterCaseCost, OfAChangeByAnotherIsOneMoreReading) {
-    for (int i = 0; i < 500; ++i) folder.write("Name" + std::to_string(i), "");
-    letTheFolderSettle();
-    EXPECT_FALSE(isFile("missing"));
-    folder.write("Missing", "");
-    letTheFolderSettle();
+TEST_F(LetterCaseCost, OfManyNewNamesIsOneReadingWhereFoldersAreRemembered) {
+    folder.write("in", "text");
+    folder.makeFolder("New");
+    const platform::RememberedFolders remembered;
     EXPECT_EQ(foldersReadDuring([&] {
-                  for (int i = 0; i < 100; ++i) EXPECT_TRUE(isFile("missing"));
+                  for (int i = 0; i < 100; ++i) EXPECT_EQ(copy("in", "New/Name" + std::to_string(i)), 0);
               }),
               1);
+}
+
+TEST_F(LetterCaseCost, OfAMissIsOneReadingWhereNothingIsRemembered) {
+    const auto miss = [&] { EXPECT_FALSE(isFile("missing")); };
+    { const platform::RememberedFolders remembered; }
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(foldersReadDuring(miss), 1);
+}
+
+TEST_F(LetterCaseCost, OfTwoThatRememberIsThatOfTheOuterOne) {
+    const auto miss = [&] { EXPECT_FALSE(isFile("missing")); };
+    const platform::RememberedFolders outer;
+    miss();
+    {
+        const platform::RememberedFolders inner;
+        EXPECT_EQ(foldersReadDuring(miss), 0);
+    }
+    EXPECT_EQ(foldersReadDuring(miss), 0);
 }
 
 }  // namespace
