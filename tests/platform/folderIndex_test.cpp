@@ -5,8 +5,6 @@
 // are noticed, and what it costs. "Others" are the standard library's functions, of which the library
 // knows nothing.
 
-#include <dirent.h>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,24 +20,15 @@
 #include "fsutil/lines.h"
 #include "platform/platform.h"
 #include "support/TestFolder.h"
+#include "support/foldersRead.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-int foldersOpened = 0;
-}
-
-// Stands in front of the C library's function, to count how often a folder is read.
-extern "C" DIR* opendir(const char* path) {
-    static const auto real = reinterpret_cast<DIR* (*)(const char*)>(dlsym(RTLD_NEXT, "opendir"));
-    ++foldersOpened;
-    return real(path);
-}
 
 namespace {
 
 using namespace tvxconv;
 using std::string;
+using tests::foldersReadDuring;
 using tests::TestFolder;
 using tests::Tree;
 
@@ -631,11 +620,11 @@ TEST_F(RememberedFolder, ChangesOfOurOwnAreKnown) {
               0);
     EXPECT_EQ(platform::closeFile(descriptor), 0);
     ASSERT_EQ(platform::replaceFile(temporary.c_str(), folder.path("Work/New").c_str()), 0);
-    const int before = foldersOpened;
+    const int before = tests::foldersRead();
     for (const char* name : {"COPY", "LINES", "LINK", "NEW"})
         EXPECT_TRUE(isFile("Work/" + string(name))) << name;
     EXPECT_TRUE(isFolder("Work/SUB"));
-    EXPECT_EQ(foldersOpened, before);
+    EXPECT_EQ(tests::foldersRead(), before);
     for (const char* name : {"Copy", "LINES", "link", "NEW", "amp.opj"}) {
         EXPECT_EQ(remove("Work/" + string(name)), 0) << name;
     }
@@ -705,15 +694,7 @@ TEST_F(RememberedFolder, ADeletionTakesTheOneThatIsSpelledAsAskedIfOthersHaveMad
 
 // --- what it costs ---
 
-class LetterCaseCost : public LetterCase {
-protected:
-    template <class Operation>
-    static int foldersReadDuring(Operation operation) {
-        const int before = foldersOpened;
-        operation();
-        return foldersOpened - before;
-    }
-};
+using LetterCaseCost = LetterCase;
 
 TEST_F(LetterCaseCost, OfANameThatIsSpelledRightIsNoReadingOfAFolder) {
     folder.write("Sub/Amp.sim", "text");

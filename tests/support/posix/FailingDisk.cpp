@@ -8,6 +8,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 
 namespace tests {
 namespace {
@@ -35,13 +36,15 @@ bool fails(DiskCall call) {
 }  // namespace
 
 const std::vector<DiskCall> kDiskCalls = {
-    DiskCall::open,       DiskCall::read, DiskCall::write,  DiskCall::close,  DiskCall::chmod,
-    DiskCall::makeFolder, DiskCall::list, DiskCall::remove, DiskCall::rename, DiskCall::status,
+    DiskCall::open,    DiskCall::read,       DiskCall::write, DiskCall::close,  DiskCall::chmod,
+    DiskCall::setTime, DiskCall::makeFolder, DiskCall::list,  DiskCall::remove, DiskCall::rename,
+    DiskCall::status,
 };
 
 std::ostream& operator<<(std::ostream& out, DiskCall call) {
-    static const char* const names[] = {"open",       "read", "write",  "close",  "chmod",
-                                        "makeFolder", "list", "remove", "rename", "status"};
+    static const char* const names[] = {"open",    "read",       "write", "close",  "chmod",
+                                        "setTime", "makeFolder", "list",  "remove", "rename",
+                                        "status"};
     return out << names[static_cast<int>(call)];
 }
 
@@ -103,6 +106,7 @@ WRAP(write, -1, int, fsync, (int descriptor), (descriptor))
 WRAP(write, -1, int, ftruncate, (int descriptor, off_t size), (descriptor, size))
 WRAP(chmod, -1, int, chmod, (const char* path, mode_t mode), (path, mode))
 WRAP(chmod, -1, int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
+WRAP(setTime, -1, int, futimens, (int descriptor, const timespec* times), (descriptor, times))
 WRAP(makeFolder, -1, int, mkdir, (const char* path, mode_t mode), (path, mode))
 WRAP(list, nullptr, DIR*, opendir, (const char* path), (path))
 WRAP(list, nullptr, dirent*, readdir, (DIR * folder), (folder))
@@ -113,5 +117,8 @@ WRAP(rename, -1, int, link, (const char* from, const char* to), (from, to))
 WRAP(status, -1, int, stat, (const char* path, struct stat* status), (path, status))
 WRAP(status, -1, int, lstat, (const char* path, struct stat* status), (path, status))
 WRAP(status, -1, int, fstat, (int descriptor, struct stat* status), (descriptor, status))
+WRAP(status, -1, int, access, (const char* path, int mode), (path, mode))
+WRAP(status, nullptr, char*, realpath, (const char* path, char* buffer), (path, buffer))
+WRAP(status, -1, ssize_t, readlink, (const char* path, char* buffer, size_t size), (path, buffer, size))
 
 }  // extern "C"
