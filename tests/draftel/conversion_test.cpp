@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,6 +17,7 @@
 #include "interface/IDraftelProjectConverter.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
+#include "support/fileLimit.h"
 
 namespace {
 
@@ -528,6 +531,214 @@ TEST(DraftelDriver, AHostConvertsThroughTheInterface) {
     EXPECT_EQ(converter->convert(2, CString(project.destination.c_str())), 0);
     EXPECT_EQ(treeOf(project.destination), smallProjectConverted());
     EXPECT_EQ(project.read("amp-S1-tran.sim"), profileText("S1", "tran"));
+}
+
+// --- in place, beside folders and files that differ in letter case alone ---
+
+// The design lies in "Designs" beside the project's folder, and the project names it so.
+void moveDesign(const DraftelProject& project, const std::string& folder) {
+    project.remove("amp.dsn");
+    project.folder.write(folder + "/amp.dsn", designText({"S1"}));
+    project.folder.write(folder + "/amp-S1.net", "netlist\n");
+    project.write("amp.opj", replaced(smallProjectText(), ".\\\\amp.dsn",
+                                      "..\\\\" + replaced(folder, "/", "\\\\") + "\\\\amp.dsn"));
+}
+
+TEST(DraftelDriver, InPlaceTheFileInATwinOfTheDesignsFolderStays) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
+    struct Case {
+        const char* folder;
+        const char* twin;
+    };
+    for (const Case& entry :
+         {Case{"Designs", "designs"}, Case{"designs", "Designs"}, Case{"Boards/Amp", "Boards/amp"},
+          Case{"Boards/Amp", "boards/Amp"}, Case{"Boards/Amp", "boards/amp"}}) {
+        DraftelProject project;
+        moveDesign(project, entry.folder);
+        project.folder.write(std::string(entry.twin) + "/amp-S1.net", "of somebody else");
+        EXPECT_EQ(project.converter.convert(1, std::string()), 0) << entry.twin;
+        EXPECT_EQ(lastError(), LastError()) << entry.twin;
+        EXPECT_EQ(treeOf(project.folder.path(entry.folder)), (Tree{{"amp.dsn", designText({"S1"})}}))
+            << entry.twin;
+        EXPECT_EQ(treeOf(project.folder.path(entry.twin)), (Tree{{"amp-S1.net", "of somebody else"}}))
+            << entry.twin;
+        EXPECT_EQ(project.read("amp-TevrixFiles/S1/S1.net"), "netlist\n") << entry.twin;
+    }
+}
+
+TEST(DraftelDriver, InPlaceAnEmptyTwinOfAFolderOnTheWayIsNoObstacle) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
+    for (const char* twin : {"boards", "BOARDS/Amp", "Boards/amp", "PROJECT"}) {
+        DraftelProject project;
+        moveDesign(project, "Boards/Amp");
+        project.folder.makeFolder(twin);
+        EXPECT_EQ(project.converter.convert(1, std::string()), 0) << twin;
+        EXPECT_EQ(lastError(), LastError()) << twin;
+        EXPECT_FALSE(project.folder.exists("Boards/Amp/amp-S1.net")) << twin;
+        EXPECT_TRUE(treeOf(project.folder.path(twin)).empty()) << twin;
+    }
+}
+
+TEST(DraftelDriver, InPlaceTheFilesInATwinOfTheProjectsFolderStay) {
+    if (tests::kOnWindows) GTEST_SKIP() << "two names that differ in case alone cannot be side by side there";
+    DraftelProject project;
+    const Tree foreign = {{"amp-S1-tran.sim", "profile"}, {"amp.lib", "models"}};
+    writeTree(project.folder.path("Project"), foreign);
+    writeTree(project.folder.path("PROJECT"), foreign);
+    project.write("amp.lib", "lib");
+    EXPECT_EQ(project.converter.convert(1, std::string()), 0);
+    EXPECT_FALSE(project.folder.exists("project/amp.lib"));
+    EXPECT_FALSE(project.folder.exists("project/amp-S1-tran.sim"));
+    EXPECT_EQ(treeOf(project.folder.path("Project")), foreign);
+    EXPECT_EQ(treeOf(project.folder.path("PROJECT")), foreign);
+}
+
+// --- one step after the other ---
+
+// The profiles p0, p1 and so on of S1, each with an output; the file of each names, on a line of its list,
+// the new place of the output of the profile before it, or after it.
+void chainProfiles(const DraftelProject& project, int count, int step) {
+    ProjectJson json;
+    json.designResources = {{".\\amp.dsn", "Schematic Design"}};
+    for (int i = 0; i < count; ++i) {
+        const std::string name = "p" + std::to_string(i);
+        const std::string other = "p" + std::to_string(i + step);
+        const std::string file = "amp-S1-" + name + ".sim";
+        json.profiles.push_back({".\\" + file, name, "S1"});
+        project.write("amp-S1-" + name + ".dat", "output of " + name);
+        project.write(
+            file, profileText("S1", name) + "+1 \"amp-TevrixFiles/S1/" + other + "/" + other + ".dat\"\n");
+    }
+    project.remove("amp-S1-tran.sim");
+    project.write("amp.opj", json.text());
+}
+
+TEST(DraftelDriver, InPlaceTheOutputsOfAProfileAreThereBeforeTheNextProfilesFileIsLookedAt) {
+    constexpr int kProfiles = 40;
+    Tree first;
+    for (int run = 0; run < 5; ++run) {
+        DraftelProject project;
+        chainProfiles(project, kProfiles, -1);
+        ASSERT_EQ(project.converter.convert(1, std::string()), 0);
+        for (int i = 1; i < kProfiles; ++i) {
+            const std::string name = "p" + std::to_string(i);
+            const std::string before = "p" + std::to_string(i - 1);
+            const std::string s1 = "amp-TevrixFiles/S1/";
+            EXPECT_EQ(
+                project.read(s1 + name + ".sim"),
+                "ProfileName= \"" + name + "\" \nConnectivity= \"S1.net\" \n+1 \"" + before + ".dat\" \n");
+            EXPECT_EQ(project.read(s1 + name + "/" + before + ".dat"), "output of " + before);
+        }
+        if (run == 0) first = treeOf(project.dir);
+        EXPECT_EQ(treeOf(project.dir), first) << run;
+    }
+}
+
+TEST(DraftelDriver, InPlaceTheOutputsOfALaterProfileAreNotThereYet) {
+    for (int run = 0; run < 3; ++run) {
+        DraftelProject project;
+        chainProfiles(project, 10, 1);
+        ASSERT_EQ(project.converter.convert(1, std::string()), 0);
+        for (int i = 0; i < 10; ++i) {
+            const std::string name = "p" + std::to_string(i);
+            const std::string after = "p" + std::to_string(i + 1);
+            EXPECT_EQ(project.read("amp-TevrixFiles/S1/" + name + ".sim"),
+                      "ProfileName= \"" + name + "\" \nConnectivity= \"S1.net\" \n+1 \"amp-TevrixFiles/S1/" +
+                          after + "/" + after + ".dat\"\n");
+        }
+    }
+}
+
+// As on a disk that keeps whole seconds: the folder has the time that it had.
+TEST(DraftelDriver, AFileThatAnotherProgramMakesWithinTheSameSecondIsFoundByTheNextConversion) {
+    if (tests::kOnWindows) GTEST_SKIP() << "letter case is ignored by the system there";
+    DraftelProject project;
+    ASSERT_EQ(project.converter.convert(2, project.destination), 0);
+    EXPECT_FALSE(project.existsNew("amp-TevrixFiles/S1/S1.net"));
+    const auto time = std::filesystem::last_write_time(project.dir);
+    project.write("AMP-S1.NET", "netlist\n");
+    std::filesystem::last_write_time(project.dir, time);
+    DraftelProjectConverter again(project.path("amp.opj").c_str());
+    ASSERT_EQ(again.convert(2, project.destination), 0);
+    EXPECT_EQ(project.readNew("amp-TevrixFiles/S1/S1.net"), "netlist\n");
+}
+
+// --- a full disk ---
+
+TEST(DraftelDriver, NoPartOfACopyIsLeftWhereTheDiskIsFull) {
+    constexpr std::size_t kRoom = 8192;
+    const std::string large(kRoom + 1, 'x');
+    struct Case {
+        const char* name;   // of the file that is too large, in the project's folder
+        const char* place;  // in the destination
+        int status;
+    };
+    for (const Case& entry :
+         {Case{"amp.lib", "amp-TevrixFiles/amp.lib", 10108}, Case{"amp.dbk", "amp.dbk", 10108},
+          Case{"local/notes.txt", "local/notes.txt", 10108},
+          Case{"amp-S1-tran.dat", "amp-TevrixFiles/S1/tran/tran.dat", 0},
+          Case{"amp-S1.als", "amp-TevrixFiles/S1/S1.als", 0},
+          Case{"corners.mdp", "amp-TevrixFiles/S1/corners.mdp", 0},
+          Case{"models/a.lib", "amp-TevrixFiles/S1/tran/a.lib", 0}}) {
+        DraftelProject project;
+        ProjectJson json;
+        json.designResources = {{".\\amp.dsn", "Schematic Design"}};
+        json.folders.push_back(folderOf("Outputs", {{".\\local\\notes.txt", "Text"}}));
+        json.profiles = {{".\\amp-S1-tran.sim", "tran", "S1"}};
+        project.write("amp.opj", json.text());
+        project.write("amp-S1-tran.sim", profileText("S1", "tran") + "+1 \"models/a.lib\"\n");
+        project.write("amp-S1.opt", "Ext \"corners.mdp\" 1\n");
+        for (const char* name : {"amp.lib", "amp.dbk", "local/notes.txt", "amp-S1-tran.dat", "amp-S1.als",
+                                 "corners.mdp", "models/a.lib"}) {
+            project.write(name, "small");
+        }
+        project.write(entry.name, large);
+        forgetLastError();
+        EXPECT_TRUE(succeedsWithFileLimit(kRoom, [&] {
+            EXPECT_EQ(project.converter.convert(2, project.destination), entry.status) << entry.name;
+            const bool isListed = std::string(entry.name) == "models/a.lib";
+            EXPECT_EQ(lastError(),
+                      isListed ? LastError()
+                               : copyFileError(project.path(entry.name), project.newPath(entry.place)))
+                << entry.name;
+            return true;
+        }));
+        EXPECT_FALSE(project.existsNew(entry.place)) << entry.name;
+        EXPECT_EQ(project.read(entry.name), large);
+        // A line whose file has not come along is as it was.
+        if (std::string(entry.name) == "models/a.lib") {
+            EXPECT_EQ(project.readNew("amp-TevrixFiles/S1/tran.sim"),
+                      "ProfileName= \"tran\" \nConnectivity= \"S1.net\" \n+1 \"models/a.lib\"\n");
+        }
+        if (std::string(entry.name) == "corners.mdp") {
+            EXPECT_EQ(project.readNew("amp-TevrixFiles/S1/S1.opt"), "Ext \"corners.mdp\" 1\n");
+        }
+    }
+}
+
+// --- times ---
+
+TEST(DraftelDriver, CopiesKeepTheirTimesAndWhatIsRewrittenIsNew) {
+    DraftelProject project;
+    namespace fs = std::filesystem;
+    const auto old = fs::file_time_type::clock::now() - std::chrono::hours(24 * 365);
+    for (const char* name : {"amp.lib", "amp-S1-tran.dat", "amp-S1.als", "amp.dbk", "amp-S1.net"}) {
+        fs::last_write_time(project.write(name, "text\n"), old);
+    }
+    for (const char* name : {"amp.dsn", "amp.opj", "amp-S1-tran.sim"}) {
+        fs::last_write_time(project.path(name), old);
+    }
+    project.folder.write("new/amp-TevrixFiles/amp.lib", "an earlier copy");
+    const auto before = fs::file_time_type::clock::now() - std::chrono::seconds(2);
+    ASSERT_EQ(project.converter.convert(2, project.destination), 0);
+    for (const char* name : {"amp-TevrixFiles/amp.lib", "amp-TevrixFiles/S1/tran/tran.dat",
+                             "amp-TevrixFiles/S1/S1.als", "amp.dbk", "amp.dsn"}) {
+        EXPECT_EQ(fs::last_write_time(project.newPath(name)), fs::last_write_time(project.path("amp.dbk")))
+            << name;
+    }
+    for (const char* name : {"amp.opj", "amp-TevrixFiles/S1/S1.net", "amp-TevrixFiles/S1/tran.sim"}) {
+        EXPECT_GE(fs::last_write_time(project.newPath(name)), before) << name;
+    }
 }
 
 }  // namespace

@@ -309,6 +309,20 @@ TEST(DraftelListing, AReportThatMayNotBeWrittenIsReported) {
     EXPECT_EQ(converted.folder.read("new/report.txt"), "earlier");
 }
 
+TEST(DraftelListing, AFullDiskLeavesTheEarlierReport) {
+    for (const bool isThere : {true, false}) {
+        Converted converted;
+        if (isThere) converted.folder.write("new/report.txt", "of last week\n");
+        const Tree before = treeOf(converted.folder.path("new"));
+        EXPECT_TRUE(succeedsLacking(Lacks::writing, [&] {
+            EXPECT_EQ(converted.converter.writeReport({"line"}, "report.txt"), 0) << isThere;
+            EXPECT_EQ(lastError(), LastError()) << isThere;
+            return true;
+        }));
+        EXPECT_EQ(treeOf(converted.folder.path("new")), before) << isThere;
+    }
+}
+
 TEST(DraftelListing, EmptyLinesOfAHostStayOutOfTheReport) {
     const DraftelProject project;
     const CString path(project.path("amp.opj").c_str());

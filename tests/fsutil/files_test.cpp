@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <cstdint>
 #include <filesystem>
@@ -728,7 +729,70 @@ TEST_F(CopyFile, FailsWithoutSourceOrPlace) {
     EXPECT_EQ(folder.read("in"), "x");
 }
 
-// --- copyWholeFileIfPresent ---
+TEST_F(CopyFile, KeepsTheTimeOfTheSource) {
+    namespace fs = std::filesystem;
+    const string source = folder.write("in", "new");
+    folder.write("old", "old");
+    // A time in the past with a part of a second.
+    const auto time =
+        fs::file_time_type::clock::now() - std::chrono::hours(5000) + std::chrono::milliseconds(7);
+    fs::last_write_time(source, time);
+    const auto kept = fs::last_write_time(source);
+    for (const char* name : {"old", "fresh"}) {
+        EXPECT_EQ(fsutil::copyFile(source, folder.path(name)), 0) << name;
+        EXPECT_EQ(fs::last_write_time(folder.path(name)), kept) << name;
+    }
+    EXPECT_EQ(fsutil::copyFileContents(source.c_str(), folder.path("contents").c_str()), 0);
+    EXPECT_EQ(fs::last_write_time(folder.path("contents")), kept);
+    EXPECT_EQ(fs::last_write_time(source), kept);
+}
+
+TEST_F(CopyFile, LeavesTheDestinationAloneWhenTheSourceCannotBeRead) {
+    setPermissions(folder.path(), 0777);
+    folder.makeFolder("sub");
+    setPermissions(folder.write("secret", "x"), 0);
+    setPermissions(folder.write("out", "earlier"), 0666);
+    EXPECT_TRUE(tests::succeedsWithoutRoot([&] {
+        for (const char* name : {"none", "sub", "secret"}) {
+            EXPECT_EQ(fsutil::copyFile(folder.path(name), folder.path("out")), 1) << name;
+            EXPECT_EQ(fsutil::copyWholeFile(folder.path(name), folder.path("out")), 1) << name;
+            EXPECT_EQ(tests::readFile(folder.path("out")), "earlier") << name;
+        }
+        return true;
+    }));
+}
+
+// --- copyWholeFile, copyWholeFileIfPresent ---
+
+using CopyWholeFile = Files;
+
+TEST_F(CopyWholeFile, LeavesNoPartWhenTheDiskIsFull) {
+    const string bytes = bytesOf(100000);
+    const string source = folder.write("in", bytes);
+    for (const std::size_t limit : {0U, 1U, 8192U, 99999U}) {
+        folder.write("earlier", "e");
+        EXPECT_TRUE(tests::succeedsWithFileLimit(limit, [&] {
+            bool isPresent = false;
+            EXPECT_EQ(fsutil::copyWholeFile(source, folder.path("earlier")), 1);
+            EXPECT_EQ(fsutil::copyWholeFile(source, folder.path("out")), 1);
+            EXPECT_EQ(fsutil::copyWholeFileIfPresent(source, folder.path("out2"), isPresent), 1);
+            return isPresent;
+        })) << limit;
+        EXPECT_EQ(tests::treeOf(folder.path()), (tests::Tree{{"in", bytes}})) << limit;
+    }
+    EXPECT_TRUE(tests::succeedsWithFileLimit(
+        bytes.size(), [&] { return fsutil::copyWholeFile(source, folder.path("out")) == 0; }));
+    EXPECT_TRUE(tests::readBytes(folder.path("out")) == bytes);
+}
+
+// The file is found, and removed, under the spelling that it has.
+TEST_F(CopyWholeFile, LeavesNoPartUnderAnotherSpelling) {
+    const string source = folder.write("in", "text");
+    folder.write("Out", "earlier");
+    EXPECT_TRUE(tests::succeedsWithFileLimit(
+        2, [&] { return fsutil::copyWholeFile(source, folder.path("OUT")) == 1; }));
+    EXPECT_EQ(tests::treeOf(folder.path()), (tests::Tree{{"in", "text"}}));
+}
 
 using CopyFileIfPresent = Files;
 
@@ -760,7 +824,8 @@ TEST_F(CopyFileIfPresent, TellsAnAbsentSourceFromAFailedCopy) {
     for (const auto& c : cases) {
         for (const bool before : {false, true}) {
             bool isPresent = before;
-            EXPECT_EQ(fsutil::copyWholeFileIfPresent(folder.path(c.from), folder.path(c.to), isPresent), c.status)
+            EXPECT_EQ(fsutil::copyWholeFileIfPresent(folder.path(c.from), folder.path(c.to), isPresent),
+                      c.status)
                 << c.from << " to " << c.to;
             EXPECT_EQ(isPresent, c.isPresent) << c.from << " to " << c.to;
             tests::Tree expected = {{"in", "text"}, {"sub/", ""}};
@@ -916,6 +981,20 @@ TEST_F(Listing, FailsForWhatIsNoFolder) {
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(fsutil::openDirectoryListing(folder.path("file").c_str()), nullptr);
     fsutil::closeDirectoryListing(some);
+}
+
+TEST_F(Listing, OfAFolderThatMayNotBeListedFailsThoughItsFilesMayBeRead) {
+    folder.write("closed/file", "x");
+    setPermissions(folder.path(), 0755);
+    setPermissions(folder.path("closed"), 0311);
+    EXPECT_TRUE(tests::succeedsWithoutRoot([&] {
+        fsutil::DirectoryListing* handle = nullptr;
+        EXPECT_EQ(fsutil::openDirectory(folder.path("closed"), handle), 1);
+        EXPECT_EQ(handle, nullptr);
+        EXPECT_EQ(tests::readFile(folder.path("closed/file")), "x");
+        return true;
+    }));
+    setPermissions(folder.path("closed"), 0755);
 }
 
 TEST_F(Listing, EntriesCarryNumberAndLengths) {

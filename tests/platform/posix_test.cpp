@@ -15,7 +15,9 @@
 #include "fsutil/lines.h"
 #include "platform/platform.h"
 #include "support/TestFolder.h"
+#include "support/foldersRead.h"
 #include "support/wobjProject.h"
+#include "tvx_wobj/tvx_wobj.h"
 
 namespace {
 
@@ -81,6 +83,26 @@ TEST(PosixPlatform, AFileOfSomebodyElseIsReadAllTheSame) {
               0);
     EXPECT_EQ(folder.read("out/first"), "text\n");
     EXPECT_EQ(folder.read("out/second"), "text\n");
+}
+
+TEST(PosixPlatform, AProjectFileIsWrittenWithoutReadingItsFolder) {
+    const wobjtest::LoneFile project("{}");
+    const string folder = "F";
+    EXPECT_EQ(tests::foldersReadDuring([&] {
+                  EXPECT_EQ(tvx_wobj::writeItemToProject(project.path(), folder, "I", "v", true), 0);
+                  EXPECT_EQ(
+                      tvx_wobj::writeProjectFiles(project.path(), folder, "T", {"a", "b"}, true, true, true),
+                      0);
+                  EXPECT_EQ(tvx_wobj::updateInProjectFile(project.path(), folder, "T", "a", "c"), 0);
+                  EXPECT_EQ(tvx_wobj::writeSimProfiles(project.path(), {"p"}, {"n"}, {"s"}, "p", true), 0);
+              }),
+              0);
+    // In another spelling it has to be looked for, so the count counts.
+    EXPECT_GT(tests::foldersReadDuring([&] {
+                  const string other = project.folder() + "/AMP.OPJ";
+                  EXPECT_EQ(tvx_wobj::writeItemToProject(other, folder, "I", "w", true), 0);
+              }),
+              0);
 }
 
 }  // namespace

@@ -18,8 +18,8 @@
 
 namespace tests {
 
-// A kind of use. Bytes that the kernel copies from file to file count as written; to ask what a name leads to,
-// or whether it may be used, is to ask for the status.
+// A kind of use. Bytes that the kernel copies from file to file count as written; to ask what a name leads
+// to, or whether it may be used, is to ask for the status.
 enum class DiskCall { open, read, write, close, chmod, setTime, makeFolder, list, remove, rename, status };
 
 extern const std::vector<DiskCall> kDiskCalls;

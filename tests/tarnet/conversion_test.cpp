@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 #include "interface/ITarnetProjectConverter.h"
 #include "support/TarnetLibrary.h"
 #include "support/cliProject.h"
+#include "support/fileLimit.h"
 
 namespace {
 
@@ -452,6 +454,77 @@ TEST(TarnetDriver, AHostConvertsThroughTheInterface) {
     std::string name = "left over";
     EXPECT_EQ(converter->getLibraryParentName(name), 0);
     EXPECT_EQ(name, "site");
+}
+
+// --- cells that name files of each other ---
+
+TEST(TarnetDriver, ALinkIntoTheNewViewOfAnotherCellIsCopiedAsAWholeOrNotAtAll) {
+    const std::string large(std::size_t{3} << 20, 'x');
+    for (const bool isConvertedBefore : {true, false}) {
+        const std::string target = isConvertedBefore ? "alpha" : "omega";
+        TarnetLibrary library;
+        library.addCell(target);
+        library.write(target + "/cfg_analog/large.lib", large);
+        tests::makeLink("../../" + target + "/tvx_sim_1/large.lib", library.cfg + "/linked.lib");
+        EXPECT_EQ(library.converter.convert(0, std::string()), 0);
+        EXPECT_TRUE(library.read(target + "/tvx_sim_1/large.lib") == large);
+        EXPECT_EQ(library.readNew("master.tag"), "amp.net");
+        if (isConvertedBefore) {
+            EXPECT_TRUE(library.readNew("linked.lib") == large);
+            EXPECT_EQ(lastError(), LastError());
+        } else {  // where the link leads to nothing yet
+            EXPECT_FALSE(library.existsNew("linked.lib"));
+            EXPECT_EQ(lastError(), copyFileError(library.cfg + "/linked.lib", library.view + "/linked.lib"));
+        }
+    }
+}
+
+// --- a full disk, times ---
+
+TEST(TarnetDriver, APartOfAListedFileIsNotLeftAndItsLineNeither) {
+    TarnetLibrary library;
+    library.writeOld("tran.sim", "a line\n+1 \"models/a.txt\"\nanother\n");
+    library.writeOld("models/a.txt", std::string(5000, 'x'));
+    EXPECT_TRUE(succeedsWithFileLimit(4096, [&] {
+        EXPECT_EQ(library.converter.convert(0, std::string()), 0);
+        EXPECT_EQ(lastError(), LastError());
+        return true;
+    }));
+    EXPECT_EQ(library.newView(), (Tree{{"master.tag", "amp.net"},
+                                       {"profiles/", ""},
+                                       {"profiles/tran.sim", "a line\nanother\n"},
+                                       {"profiles/tran/", ""}}));
+}
+
+TEST(TarnetDriver, APartOfADesignProfileIsNotLeftAndItsLineStays) {
+    TarnetLibrary library;
+    library.writeOld("a.opt", "EXT \"corners.mdp\" 1\n");
+    library.writeOld("corners.mdp", std::string(5000, 'x'));
+    EXPECT_TRUE(succeedsWithFileLimit(4096, [&] {
+        EXPECT_EQ(library.converter.convert(0, std::string()), 0);
+        EXPECT_EQ(lastError(), copyFileError(library.cfg + "/corners.mdp", library.view + "/corners.mdp"));
+        return true;
+    }));
+    EXPECT_EQ(library.newView(), (Tree{{"amp.opt", "EXT \"corners.mdp\" 1\n"}, {"master.tag", "amp.net"}}));
+}
+
+TEST(TarnetDriver, CopiesKeepTheirTimesAndWhatIsRewrittenIsNew) {
+    namespace fs = std::filesystem;
+    TarnetLibrary library;
+    const auto old = fs::file_time_type::clock::now() - std::chrono::hours(24 * 365);
+    for (const char* name : {"a.lib", "b.als", "tran.dat", "tran.sim", "c.net"}) {
+        fs::last_write_time(library.writeOld(name, "text\n"), old);
+    }
+    library.write("amp/tvx_sim_1/a.lib", "an earlier copy");
+    const auto before = fs::file_time_type::clock::now() - std::chrono::seconds(2);
+    ASSERT_EQ(library.converter.convert(0, std::string()), 0);
+    for (const char* name : {"a.lib", "amp.als", "profiles/tran/tran.dat"}) {
+        EXPECT_EQ(fs::last_write_time(library.view + "/" + name), fs::last_write_time(library.cfg + "/a.lib"))
+            << name;
+    }
+    for (const char* name : {"amp.net", "profiles/tran.sim", "master.tag"}) {
+        EXPECT_GE(fs::last_write_time(library.view + "/" + name), before) << name;
+    }
 }
 
 }  // namespace

@@ -1,15 +1,19 @@
 // faults_test.cpp
 //
-// Conversions of a Tarnet library, its marker and its report on a disk that fails at each of its uses in turn.
+// Conversions of a Tarnet library, its marker and its report on a disk that fails at each of its uses in
+// turn.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
 
 #include "support/FailingDisk.h"
 #include "support/TarnetLibrary.h"
 #include "support/fileLimit.h"
+#include "support/wobjProject.h"
 
 namespace {
 
@@ -92,7 +96,8 @@ TEST_F(TarnetOnAFailingDisk, ACellThatSucceedsIsWholeAndNoOldFileChanges) {
             // No part of a file, whatever else is missing. Those that name others may name what is missing as
             // they did before.
             for (const auto& [name, text] : now) {
-                const bool isCopy = name.ends_with(".lib") || name.ends_with(".dat") || name.ends_with(".mdp");
+                const bool isCopy =
+                    name.ends_with(".lib") || name.ends_with(".dat") || name.ends_with(".mdp");
                 if (call == DiskCall::status && !isCopy) continue;
                 EXPECT_EQ(whole_.count(name), 1U) << name << " after " << call << " " << number;
                 EXPECT_TRUE(text == whole_[name] || text == withoutEntry(whole_)[name])
@@ -129,6 +134,23 @@ TEST_F(TarnetOnAFailingDisk, AViewIsMarkedAsAWholeOrNotAtAll) {
     }
 }
 
+// A process that is ended at the first byte of the marker: no marker, so the cell is converted again.
+TEST_F(TarnetOnAFailingDisk, AnEndWhileTheMarkerIsWrittenLeavesNone) {
+    TarnetLibrary library;
+    library.prepareCell();
+    EXPECT_EQ(wobjtest::inChild([&] {
+                  const rlimit none = {0, 0};
+                  std::signal(SIGXFSZ, SIG_DFL);
+                  if (setrlimit(RLIMIT_CORE, &none) != 0 || setrlimit(RLIMIT_FSIZE, &none) != 0) return 2;
+                  return library.converter.writeViewMasterTag(library.view + "/master.tag") == 0 ? 0 : 1;
+              }),
+              -SIGXFSZ);
+    EXPECT_FALSE(library.existsNew("master.tag"));
+    tvxconv::TarnetProjectConverter again(library.dir.c_str());
+    EXPECT_EQ(again.convert(0, std::string()), 0);
+    EXPECT_EQ(library.readNew("master.tag"), "amp.net");
+}
+
 // The folder has no room for another file, and the file none for more bytes.
 TEST_F(TarnetOnAFailingDisk, AReportThatCouldOnlyBeWrittenOverTheOldOneIsNot) {
     TarnetLibrary library;
@@ -145,7 +167,8 @@ TEST_F(TarnetOnAFailingDisk, AReportThatCouldOnlyBeWrittenOverTheOldOneIsNot) {
 // Whether or not the status tells, last week's report is there as it was, or the new one as a whole.
 TEST_F(TarnetOnAFailingDisk, AReportIsTheOldOneOrTheNewOne) {
     const std::string whole =
-        "The conversion of the project was successful.\n\nThe new directory structure is as follows:\n\nline\n";
+        "The conversion of the project was successful.\n\nThe new directory structure is as "
+        "follows:\n\nline\n";
     for (const auto failing : {FailingDisk::Failing::once, FailingDisk::Failing::forGood}) {
         for (const DiskCall call : kDiskCalls) {
             for (int number = 1;; ++number) {

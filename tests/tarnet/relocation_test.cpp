@@ -581,10 +581,7 @@ TEST(TarnetRelocation, AFullDiskEndsTheCellAndMayLeaveRoomForTheMarker) {
          [](const TarnetLibrary& l) { return openForWritingError(l.view + "/amp.net"); },
          {"a.lib", "master.tag"}},
         // Not even the 7 bytes of the marker.
-        {6,
-         10106,
-         [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); },
-         {}},
+        {6, 10106, [](const TarnetLibrary& l) { return openForWritingError(l.view + "/master.tag"); }, {}},
     };
     for (const auto& c : cases) {
         TarnetLibrary library;

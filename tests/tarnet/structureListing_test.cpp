@@ -307,6 +307,21 @@ TEST(TarnetReport, ThatCannotBeOpenedIsNamed) {
     }
 }
 
+TEST(TarnetReport, OfEarlierStaysWhereTheDiskIsFull) {
+    for (const bool isThere : {true, false}) {
+        TarnetLibrary library;
+        library.prepareCell();
+        if (isThere) library.write("report.txt", "of last week\n");
+        const Tree before = library.tree();
+        EXPECT_TRUE(succeedsLacking(Lacks::writing, [&] {
+            EXPECT_EQ(library.converter.writeReport({"line"}, "report.txt"), 0) << isThere;
+            EXPECT_EQ(lastError(), LastError()) << isThere;
+            return true;
+        }));
+        EXPECT_EQ(library.tree(), before) << isThere;
+    }
+}
+
 TEST(TarnetReport, BeforeAConversionItIsWrittenBelowTheRoot) {
     TarnetProjectConverter converter("/no/such/library");
     forgetLastError();

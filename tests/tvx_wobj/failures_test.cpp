@@ -9,10 +9,12 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/platform.h"
 #include "support/TestFolder.h"
 #include "support/wobjProject.h"
 #include "tvx_wobj/tvx_wobj.h"
@@ -313,6 +315,64 @@ TEST(WobjWriting, UsesTheFileThatIsThereInAnotherCase) {
     EXPECT_EQ(changeItem(project.folder() + "/amp.opj"), 0);
     EXPECT_EQ(project.names(), Strings{"Amp.OPJ"});
     EXPECT_NE(project.bytes().find("\"changed\""), std::string::npos);
+}
+
+TEST(WobjWriting, FollowsALinkThatStaysALink) {
+    for (const bool isBesideTheFile : {true, false}) {
+        const LoneFile project(kGood);
+        const LoneFile other("{}", "other.opj");
+        const std::string folder = isBesideTheFile ? project.folder() : other.folder();
+        const std::string link = folder + "/link.opj";
+        tests::makeLink(isBesideTheFile ? "amp.opj" : project.path(), link);
+        tests::makeLink("link.opj", folder + "/second.opj");
+        ASSERT_EQ(chmod(project.path().c_str(), 0640), 0);
+        for (const char* name : {"/link.opj", "/second.opj", "/SECOND.OPJ"}) {
+            project.put(kGood);
+            EXPECT_EQ(changeItem(folder + name), 0) << name;
+            EXPECT_TRUE(std::filesystem::is_symlink(link)) << name;
+            EXPECT_FALSE(std::filesystem::is_symlink(project.path())) << name;
+            EXPECT_NE(project.bytes().find("\"changed\""), std::string::npos) << name;
+        }
+        struct stat status {};
+        ASSERT_EQ(stat(project.path().c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, tests::keptPermissions(0640));
+        EXPECT_EQ(other.bytes(), "{}");
+        EXPECT_EQ(project.names(),
+                  isBesideTheFile ? (Strings{"amp.opj", "link.opj", "second.opj"}) : Strings{"amp.opj"});
+    }
+}
+
+TEST(WobjWriting, ALinkThatLeadsNowhereIsNoProject) {
+    const LoneFile project(kGood);
+    const std::string link = project.folder() + "/link.opj";
+    tests::makeLink("missing.opj", link);
+    EXPECT_NE(changeItem(link), 0);
+    EXPECT_EQ(project.names(), (Strings{"amp.opj", "link.opj"}));
+}
+
+TEST(WobjWriting, TakesNamesAsLongAsTheyCanBe) {
+    for (const std::size_t length : {249U, 250U, 255U}) {
+        const LoneFile project(kGood, std::string(length - 4, 'n') + ".opj");
+        EXPECT_EQ(changeItem(project.path()), 0) << length;
+        EXPECT_NE(project.bytes().find("\"changed\""), std::string::npos) << length;
+        EXPECT_EQ(project.names().size(), 1U) << length;
+    }
+}
+
+TEST(WobjWriting, GoesToTheNameAsSpelledThoughATwinWasThereBefore) {
+    const LoneFile project(kGood, "Amp.OPJ");
+    const std::string path = project.folder() + "/amp.opj";
+    const tvxconv::platform::RememberedFolders remembered;
+    Strings names;
+    Strings paths;
+    Strings types;
+    EXPECT_EQ(tvx_wobj::readProjectFileDirectly(path, "F", names, paths, types), 0);
+    std::filesystem::remove_all(project.folder());
+    std::filesystem::create_directory(project.folder());
+    tests::writeFile(path, kGood);
+    EXPECT_EQ(changeItem(path), 0);
+    EXPECT_EQ(project.names(), Strings{"amp.opj"});
+    EXPECT_NE(tests::readFile(path).find("\"changed\""), std::string::npos);
 }
 
 TEST(WobjWriting, LeavesAReadOnlyFileAlone) {

@@ -36,15 +36,14 @@ bool fails(DiskCall call) {
 }  // namespace
 
 const std::vector<DiskCall> kDiskCalls = {
-    DiskCall::open,    DiskCall::read,       DiskCall::write, DiskCall::close,  DiskCall::chmod,
-    DiskCall::setTime, DiskCall::makeFolder, DiskCall::list,  DiskCall::remove, DiskCall::rename,
-    DiskCall::status,
+    DiskCall::open,   DiskCall::read,    DiskCall::write,      DiskCall::close,
+    DiskCall::chmod,  DiskCall::setTime, DiskCall::makeFolder, DiskCall::list,
+    DiskCall::remove, DiskCall::rename,  DiskCall::status,
 };
 
 std::ostream& operator<<(std::ostream& out, DiskCall call) {
-    static const char* const names[] = {"open",    "read",       "write", "close",  "chmod",
-                                        "setTime", "makeFolder", "list",  "remove", "rename",
-                                        "status"};
+    static const char* const names[] = {"open",       "read", "write",  "close",  "chmod", "setTime",
+                                        "makeFolder", "list", "remove", "rename", "status"};
     return out << names[static_cast<int>(call)];
 }
 
