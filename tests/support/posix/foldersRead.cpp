@@ -7,8 +7,8 @@ namespace {
 int count = 0;
 }
 
-// Stands in front of the C library's function.
-extern "C" DIR* opendir(const char* path) {
+// Stands in front of the C library's function, for the shared libraries, too.
+extern "C" __attribute__((visibility("default"))) DIR* opendir(const char* path) {
     static const auto real = reinterpret_cast<DIR* (*)(const char*)>(dlsym(RTLD_NEXT, "opendir"));
     ++count;
     return real(path);
