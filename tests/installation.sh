@@ -53,6 +53,16 @@ if [ ${#run[@]} -gt 0 ]; then
     drive=Z: # where Wine shows the folders of this machine
 fi
 
+# The folders in which the loader looks for the libraries of a file are told from the file's own place: none is
+# empty, which would be the current folder, and none is fixed.
+expectOwnSearchPath() {
+    local path
+    if [ ${#run[@]} -gt 0 ]; then return; fi # Windows has no search paths in files
+    path=$(LC_ALL=C readelf -d "$1" | sed -nE 's/.*\((RPATH|RUNPATH)\).*\[(.*)\]$/\2/p')
+    [ -n "$path" ] || fail "there is no search path in $1"
+    if tr ':' '\n' <<<"$path" | grep -vE '^\$ORIGIN(/|$)'; then fail "the search path \"$path\" of $1"; fi
+}
+
 # A file uses no library of ours but those of the installation, and on Windows no other that Windows lacks.
 expectOwnLibraries() {
     local list
@@ -78,8 +88,15 @@ expectConverted() {
 }
 
 tryProgram() {
-    local program=$prefix/$binFolder/tvxconv$suffix printed
+    local program=$prefix/$binFolder/tvxconv$suffix printed file
     expectOwnLibraries "$program"
+    # A sanitizer has its library in a folder of the compiler.
+    if [[ $flags != *-fsanitize=* ]]; then
+        for file in "$program" "$build/bin/tvxconv" \
+            {"$prefix/$libFolder","$build/bin"}/{DraDsnReader,libtvxconv,libtvx_wobj}.so; do
+            expectOwnSearchPath "$file"
+        done
+    fi
     printed=$("${run[@]}" "$program" --version) || fail "tvxconv --version ended with $?"
     [[ $printed == *"$version"* ]] || fail "tvxconv --version printed \"$printed\" without $version"
 

@@ -94,6 +94,33 @@ TEST_F(InPlace, TheProjectIsFoundFromTheCurrentFolder) {
     EXPECT_EQ(difference(expected, tests::treeOf(folder_.path("amp"))), "");
 }
 
+TEST_F(InPlace, AProjectFileThatIsALinkStaysOneAndWhatItLeadsToIsUpdated) {
+    const std::string real = folder_.write("elsewhere/real.opj", smallProject().at("amp.opj"));
+    fs::remove(project());
+    tests::makeLink("../elsewhere/real.opj", project());
+    const ProgramResult result = convert();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(fs::is_symlink(project()));
+    EXPECT_EQ(tests::readFile(real), newProjectText());
+    EXPECT_EQ(tests::treeOf(folder_.path("elsewhere")), (Tree{{"real.opj", newProjectText()}}));
+    fs::remove(project());
+    Tree rest = convertedInPlace();
+    rest.erase("amp.opj");
+    EXPECT_EQ(difference(rest, tests::treeOf(folder_.path("amp"))), "");
+}
+
+// "-TevrixFiles" and all, the name of the root is as long as a name can be.
+TEST_F(InPlace, AProjectMayHaveALongName) {
+    const std::string name(255 - std::string("-TevrixFiles").size(), 'n');
+    fs::rename(project(), folder_.path("amp/" + name + ".opj"));
+    const ProgramResult result = runTvxconv({"draftel", folder_.path("amp/" + name + ".opj"), "--in-place"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(folder_.read("amp/" + name + "-TevrixFiles/SCHEMATIC1/tran1.sim"), kNewProfile);
+    EXPECT_NE(folder_.read("amp/" + name + ".opj").find("schematic1\\\\tran1.sim"), std::string::npos);
+}
+
 TEST_F(InPlace, ASecondRunChangesNothingAndShowsTheSame) {
     const ProgramResult first = convert();
     const auto once = picture();

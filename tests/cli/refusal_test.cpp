@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/cliProject.h"
+#include "support/coverage.h"
 
 namespace {
 
@@ -50,6 +51,25 @@ protected:
 
     TestFolder folder_;
 };
+
+// --- the limit of the process on sizes of files ---
+
+TEST_F(Refusal, AFileThatReachesTheLimitOnSizesIsAFailedWriteAndDoesNotEndTheProgram) {
+    if (tests::kOnWindows) GTEST_SKIP() << "there is no such limit there";
+    // In units of 512 bytes: 16 KiB.
+    const auto runWithLimit = [&](const std::vector<std::string>& arguments) {
+        std::vector<std::string> command = {"sh", "-c", "ulimit -f 32; exec \"$0\" \"$@\"", kProgram};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return tests::runProgram(command, "", tests::kWithoutCoverage);
+    };
+    folder_.write("amp/amp.lib", std::string(20000, 'x'));
+    const auto before = pictureOf(folder_.path("amp"));
+    const ProgramResult result = runWithLimit({"draftel", project(), "--to", folder_.path("new")});
+    EXPECT_EQ(result.status, 1) << result.errors;
+    EXPECT_NE(result.errors.find("(error 10108)"), std::string::npos) << result.errors;
+    EXPECT_FALSE(folder_.exists("new/amp-TevrixFiles/amp.lib"));
+    EXPECT_EQ(difference(before, pictureOf(folder_.path("amp"))), "");
+}
 
 // --- destinations ---
 
@@ -219,6 +239,26 @@ TEST_F(Refusal, ProfilesThatCannotNameAFolderAreRefusedWithFileAndLine) {
         folder_.write("amp/amp-SCHEMATIC1-tran1.sim",
                       "* one\n* two\nRootSchematics= \"SCHEMATIC1\" \nProfileName= \"" + name + "\" \n");
         expectBothRefused(1, folder_.path("amp/amp-SCHEMATIC1-tran1.sim") + ":4: ", name);
+    }
+}
+
+// The project file, which is UTF-8, could not name the new files.
+TEST_F(Refusal, NamesThatAreNotUtf8AreRefusedWithFileAndLine) {
+    if (tests::kOnWindows) GTEST_SKIP() << "names have the code page of the system there";
+    folder_.write("amp/amp-SCHEMATIC1-tran1.sim",
+                  "RootSchematics= \"SCHEMATIC1\" \nProfileName= \"tr\xE4ger\" \n");
+    expectBothRefused(1, folder_.path("amp/amp-SCHEMATIC1-tran1.sim") + ":2: ", "a profile");
+    folder_.write("amp/amp-SCHEMATIC1-tran1.sim", kOldProfile);
+    const std::string renamed = folder_.path("amp/tr\xE4ger.opj");
+    fs::rename(project(), renamed);
+    const auto before = pictureOf(folder_.path());
+    for (const bool inPlace : {false, true}) {
+        std::vector<std::string> arguments = {"draftel", renamed, "--to", folder_.path("new")};
+        if (inPlace) arguments = {"draftel", renamed, "--in-place"};
+        const ProgramResult result = runTvxconvWithLimit(arguments);
+        EXPECT_EQ(result.status, 1) << inPlace;
+        EXPECT_NE(result.errors.find(renamed + ": "), std::string::npos) << result.errors;
+        EXPECT_EQ(difference(before, pictureOf(folder_.path())), "") << inPlace;
     }
 }
 

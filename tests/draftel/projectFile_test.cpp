@@ -215,6 +215,18 @@ TEST(DraftelProjectFile, ACopyThatIsTheFileItselfLeavesTheOldFilesAsTheyAre) {
     }
 }
 
+TEST(DraftelProjectFile, ANameAsLongAsItCanBeIsUpdated) {
+    for (const std::size_t length : {250U, 255U}) {
+        UpdatedProject project;
+        const std::string name = std::string(length - 4, 'n') + ".opj";
+        project.write(name, smallProjectText());
+        EXPECT_EQ(project.converter.updateProjectFile(project.path(name), project.newPath(name)), 0)
+            << length;
+        EXPECT_EQ(lastError(), LastError()) << length;
+        EXPECT_TRUE(project.existsNew(name)) << length;
+    }
+}
+
 TEST(DraftelProjectFile, AnEarlierProjectInTheDestinationIsReplaced) {
     UpdatedProject project;
     project.folder.write("new/amp.opj", std::string(100000, 'x'));
