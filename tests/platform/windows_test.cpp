@@ -17,14 +17,15 @@
 #include <vector>
 
 #include "attrlist/AttributeFile.h"
-#include "errors/errors.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
 #include "fsutil/lines.h"
 #include "platform/platform.h"
 #include "support/DraftelProject.h"
 #include "support/TestFolder.h"
 #include "support/builtFiles.h"
+#include "tvx_wobj/tvx_wobj.h"
 
 namespace {
 
@@ -308,6 +309,68 @@ TEST_F(WindowsPlatform, NamesAreInTheCodePageOfTheSystem) {
     EXPECT_EQ(fsutil::deleteFile(path(name + "/copy \xD6.dat")), 0);
     EXPECT_EQ(fsutil::deleteFile(source), 0);
     EXPECT_EQ(platform::removeFolder(path(name).c_str()), 0);
+}
+
+void writeInCodePage(const string& path, const string& text) {
+    fsutil::LineWriter writer;
+    ASSERT_EQ(writer.open(path), 0) << path;
+    writer.write(text);
+    ASSERT_EQ(writer.close(), 0) << path;
+}
+
+// "\xC3\xA4" in the file is "\xE4" in the code page.
+const char* const kProjectWithUmlaut =
+    "{ \"folders\": [ { \"name\": \"Library\", \"files\": [ { \"name\": \"tr\xC3\xA4ger.lib\", "
+    "\"path\": \".\\\\tr\xC3\xA4ger.lib\", \"type\": \"Text\" } ] } ] }";
+
+TEST_F(WindowsPlatform, AProjectFileIsUtf8AndNamesOfItsFilesAreInTheCodePageOfTheSystem) {
+    if (GetACP() != 1252) GTEST_SKIP() << "the code page is " << GetACP();
+    const string project = folder_.write("amp.opj", kProjectWithUmlaut);
+    const string folder = "Library";
+    Names names;
+    Names paths;
+    Names types;
+    EXPECT_EQ(tvx_wobj::readProjectFileDirectly(project, folder, names, paths, types), 0);
+    EXPECT_EQ(names, Names{"tr\xE4ger.lib"});
+    EXPECT_EQ(paths, Names{".\\tr\xE4ger.lib"});
+    EXPECT_EQ(
+        tvx_wobj::updateInProjectFile(project, folder, "Text", "./TR\xE4GER.lib", ".\\new\\tr\xE4ger.lib"),
+        0);
+    EXPECT_NE(tests::readBytes(project).find(".\\\\new\\\\tr\xC3\xA4ger.lib"), string::npos);
+    EXPECT_EQ(tvx_wobj::writeProjectFiles(project, folder, "Text", {".\\\x80.lib"}, true, true, true), 0);
+    EXPECT_NE(tests::readBytes(project).find(".\\\\\xE2\x82\xAC.lib"), string::npos) << "the euro sign";
+    EXPECT_EQ(tvx_wobj::readProjectFileDirectly(project, folder, names, paths, types), 0);
+    EXPECT_EQ(paths, Names{".\\\x80.lib"});
+}
+
+TEST_F(WindowsPlatform, ANameOfAProjectFileThatTheCodePageDoesNotHaveIsAFailure) {
+    if (GetACP() != 1252) GTEST_SKIP() << "the code page is " << GetACP();
+    const string text = tests::replaced(kProjectWithUmlaut, "\xC3\xA4", "\xCE\xB1");  // an alpha
+    const string project = folder_.write("amp.opj", text);
+    Names names = {"left over"};
+    Names paths = names;
+    Names types = names;
+    EXPECT_NE(tvx_wobj::readProjectFileDirectly(project, "Library", names, paths, types), 0);
+    EXPECT_TRUE(names.empty() && paths.empty() && types.empty());
+    EXPECT_EQ(tests::readBytes(project), text);
+}
+
+TEST(WindowsConversion, CarriesFilesWithNamesInTheCodePageOfTheSystem) {
+    if (GetACP() != 1252) GTEST_SKIP() << "the code page is " << GetACP();
+    tests::DraftelProject project;
+    tests::ProjectJson json;
+    json.designResources = {{".\\amp.dsn", "Schematic Design"}};
+    json.folders.push_back(tests::folderOf("Outputs", {{".\\tr\xC3\xA4ger.txt", "Text"}}));
+    json.profiles = {{".\\amp-S1-tr\xC3\xA4ger.sim", "tr\xC3\xA4ger", "S1"}};
+    project.write("amp.opj", json.text());
+    writeInCodePage(project.path("tr\xE4ger.txt"), "text\n");
+    writeInCodePage(project.path("amp-S1-tr\xE4ger.sim"), tests::profileText("S1", "tr\xE4ger"));
+    writeInCodePage(project.path("amp-S1-tr\xE4ger.dat"), "data\n");
+    ASSERT_EQ(project.converter.convert(2, project.destination), 0);
+    EXPECT_EQ(tests::lastError(), tests::LastError());
+    EXPECT_TRUE(fsutil::isPresentFile(project.newPath("tr\xE4ger.txt")));
+    EXPECT_TRUE(fsutil::isPresentFile(project.root + "/S1/tr\xE4ger/tr\xE4ger.dat"));
+    EXPECT_NE(project.readNew("amp.opj").find("amp-tevrixfiles\\\\s1\\\\tr\xC3\xA4ger.sim"), string::npos);
 }
 
 // --- read-only files ---
