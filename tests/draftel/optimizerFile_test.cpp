@@ -50,8 +50,9 @@ protected:
 
     // @UP@ stands for the folder that the project's folder is in.
     void expectLines(const std::vector<LineCase>& cases) {
-        tests::expectLines(cases, {{"@UP@", project_.folder.path()}},
-                           [&](const std::string& text) { return rewritten(text); }, LastLine::staysWithoutEnd);
+        tests::expectLines(
+            cases, {{"@UP@", project_.folder.path()}},
+            [&](const std::string& text) { return rewritten(text); }, LastLine::staysWithoutEnd);
     }
 
     // All but the optimizer file, old and new.
@@ -207,14 +208,15 @@ TEST_F(OptimizerFile, LongLinesComeInPieces) {
          filling + filling + std::string(954, 'y') + "\r\nnext"},
         {"3000 bytes behind a name",
          named + std::string(1008, ' ') + filling + std::string(954, 'y') + "\r\nnext",
-         "sim \"AC sweep.sim\"" + std::string(1008, ' ') + filling + std::string(954, 'y') +
-             "\r\nnext"},
+         "sim \"AC sweep.sim\"" + std::string(1008, ' ') + filling + std::string(954, 'y') + "\r\nnext"},
         {"a piece with its line end", named + std::string(1007, ' ') + "\n",
          "sim \"AC sweep.sim\"" + std::string(1007, ' ') + "\n"},
         {"a piece that ends between CR and LF", named + std::string(1007, ' ') + "\r\n",
          "sim \"AC sweep.sim\"" + std::string(1007, ' ') + "\r\n"},
         {"a name of 3000 bytes", "sim \"bench.sim" + std::string(2986, 'x') + "\" tail\n",
          "sim \"AC sweep.sim\"" + std::string(1023, 'x') + std::string(954, 'x') + "\" tail\n"},
+        {"a long line with CRLF", "Ext \"x.mdp\"" + std::string(2000, ' ') + "\r\nEXT \"x.mdp\"",
+         "ext \"x.mdp\"" + std::string(2000, ' ') + "\r\next \"x.mdp\""},
         {"the rest of a line that is dropped", "ext " + std::string(1019, ' ') + "\"x.mdp\"\n",
          "\"x.mdp\"\n"},
         {"a name at the beginning of a piece", filling + "sim \"bench.sim\" x\r\n",
@@ -436,6 +438,19 @@ TEST_F(OptimizerFile, OneThatCannotBeOpenedIsNamed) {
         return true;
     }));
     EXPECT_FALSE(project_.existsNew("amp-TevrixFiles/S1/S1.opt"));
+}
+
+TEST_F(OptimizerFile, OneThatCannotBeOpenedLeavesWhatIsInTheNewPlace) {
+    project_.write("amp-S1.opt", "sim \"bench.sim\"\n");
+    project_.folder.write("new/amp-TevrixFiles/S1/S1.opt", "of an earlier conversion\n");
+    EXPECT_TRUE(succeedsLacking(Lacks::opening, [&] {
+        EXPECT_EQ(rewrite(), 10105);
+        return true;
+    }));
+    EXPECT_EQ(project_.readNew("amp-TevrixFiles/S1/S1.opt"), "of an earlier conversion\n");
+    project_.remove("amp-S1.opt");
+    EXPECT_EQ(rewrite(), 10105);
+    EXPECT_EQ(project_.readNew("amp-TevrixFiles/S1/S1.opt"), "of an earlier conversion\n");
 }
 
 TEST_F(OptimizerFile, ANewOneThatCannotBeMadeIsNamed) {

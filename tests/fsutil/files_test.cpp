@@ -667,6 +667,18 @@ TEST_F(CopyFile, AddsTheOwnersRightToWriteAndTakesNothingAway) {
     }
 }
 
+TEST_F(CopyFile, IsWritableAlsoWhereNewFilesAreNot) {
+    if (tests::kOnWindows) GTEST_SKIP() << "of all permissions only read-only is kept there";
+    const FileModeMask mask(0222);
+    const string source = folder.write("in", "x");
+    for (const unsigned permissions : {0444U, 0644U}) {
+        setPermissions(source, permissions);
+        EXPECT_EQ(fsutil::copyFile(source, folder.path("out")), 0);
+        EXPECT_EQ(permissionsOf(folder.path("out")), 0644U) << permissions;
+        std::filesystem::remove(folder.path("out"));
+    }
+}
+
 TEST_F(CopyFile, KeepsThePermissionsOfAnExistingDestinationButForTheRightToWrite) {
     const string source = folder.write("in", "new");
     setPermissions(source, 0400);
