@@ -102,7 +102,7 @@ struct Seen {
 
 // The last one: a conversion asks some 30 times in turn, and parsing a project of 1,000 profiles each time
 // would take longer than copying its files. The bytes are read and compared each time.
-thread_local std::shared_ptr<const Seen> last;
+std::shared_ptr<const Seen> last;
 
 // A tree takes about five times the room of its text; a larger one is not kept between two calls.
 constexpr std::size_t kMostRemembered = std::size_t{4} * 1024 * 1024;

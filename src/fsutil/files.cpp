@@ -94,7 +94,10 @@ int copyOpened(const SourceFile& file, const std::string& source, const std::str
     bool isWritable = false;
     const Copied copied = copyContents(file, destination.c_str(), isWritable);
     if (copied == Copied::whole) {
-        return isWritable || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
+        // The process's mask may have taken the right to write. The conversions do not ask: with such a mask
+        // the folders that they make could not be filled.
+        const bool isSure = isWritable && part == Part::isRemoved;
+        return isSure || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
     }
     if (copied == Copied::part && part == Part::isRemoved) platform::removeOpened(destination.c_str());
     return copied == Copied::nothing && isSameFile(source, destination) ? 0 : 1;

@@ -96,24 +96,29 @@ LineWriter::~LineWriter() {
     }
 }
 
-int LineWriter::open(const std::string& path, const LineReader* source) {
+void LineWriter::begin() {
     close();
     failed_ = false;
+    keepsPart_ = false;
     buffer_.clear();  // what was written while no file was open
-    if (!isPathText(path)) return 1;
+}
+
+int LineWriter::open(const std::string& path, const LineReader* source) {
+    begin();
+    return isPathText(path) ? openInPlace(path, source) : 1;
+}
+
+int LineWriter::openInPlace(const std::string& path, const LineReader* source) {
     const platform::FileStatus* guarded = source != nullptr ? &source->fileStatus() : nullptr;
     path_ = path;
-    if (platform::openForWriting(path.c_str(), platform::FileMode::text, kPermissions, guarded,
-                                 descriptor_) != 0) {
-        return 1;
-    }
-    return 0;
+    return platform::openForWriting(path.c_str(), platform::FileMode::text, kPermissions, guarded,
+                                    descriptor_) == 0
+               ? 0
+               : 1;
 }
 
 int LineWriter::openReplacement(const std::string& path) {
-    close();
-    failed_ = false;
-    buffer_.clear();
+    begin();
     if (!isPathText(path)) return 1;
     platform::FileStatus status;
     const int error = platform::getStatus(path.c_str(), status);
@@ -128,7 +133,11 @@ int LineWriter::openReplacement(const std::string& path) {
                                                      path_, descriptor_);
     // A folder that takes no new names may have a file that can be written.
     const bool takesNoNames = opened == EACCES || opened == EPERM || opened == EROFS;
-    if (opened != 0) return isThere && takesNoNames ? open(place) : 1;
+    if (opened != 0 && isThere && takesNoNames) {
+        keepsPart_ = true;
+        return openInPlace(place, nullptr);
+    }
+    if (opened != 0) return 1;
     if (isThere) platform::setPermissions(path_.c_str(), permissions);  // those that the process's mask took
     target_ = place;
     return 0;
@@ -165,7 +174,7 @@ int LineWriter::close() {
         // Another user's file in a folder of all cannot be replaced, but it can be written.
         if (!isDone) failed_ = copyFileContents(path_.c_str(), target.c_str()) != 0;
     }
-    if (!isDone) platform::removeOpened(path_.c_str());
+    if (!isDone && !keepsPart_) platform::removeOpened(path_.c_str());
     return failed_ ? 1 : 0;
 }
 

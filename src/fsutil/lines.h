@@ -72,10 +72,10 @@ public:
     // `source` reads.
     int open(const std::string& path, const LineReader* source = nullptr);
 
-    // Begins a file that takes the place of the one at `path`, if there is one, when it is closed as a whole:
-    // until then, and on any failure, the old file stays as it is. The new file keeps the old one's
-    // permission bits; a symbolic link is followed. Returns 0, or 1 when the file or its folder may not be
-    // written.
+    // Begins a file that takes the place of the one at `path`, if there is one, when it is closed as a whole.
+    // The new file keeps the old one's permission bits; a symbolic link is followed. On failure the old file
+    // stays. (Where it cannot be replaced but can be written, such as in a folder that takes no new names,
+    // the text is written into it.) Returns 0, or 1 when the file or its folder may not be written.
     int openReplacement(const std::string& path);
 
     // Adds bytes as they are.
@@ -92,10 +92,13 @@ public:
     void abandon();
 
 private:
+    void begin();
+    int openInPlace(const std::string& path, const LineReader* source);
     void flush();
 
     int descriptor_ = -1;
     bool failed_ = false;
+    bool keepsPart_ = false;  // what could not be written as a whole is not removed
     std::string path_;
     std::string target_;  // the place that the file takes when it is whole; empty for its own
     std::string buffer_;
