@@ -170,9 +170,12 @@ int LineWriter::close() {
     const std::string target = std::exchange(target_, {});
     bool isDone = !failed_ && target.empty();
     if (!failed_ && !target.empty()) {
-        isDone = platform::replaceFile(path_.c_str(), target.c_str()) == 0;
-        // Another user's file in a folder of all cannot be replaced, but it can be written.
-        if (!isDone) failed_ = copyFileContents(path_.c_str(), target.c_str()) != 0;
+        const int error = platform::replaceFile(path_.c_str(), target.c_str());
+        isDone = error == 0;
+        // Another user's file in a folder of all, or one that is mounted, cannot be replaced but can be
+        // written.
+        const bool mayBeWritten = error == EACCES || error == EPERM || error == EBUSY;
+        if (!isDone) failed_ = !mayBeWritten || copyFileContents(path_.c_str(), target.c_str()) != 0;
     }
     if (!isDone && !keepsPart_) platform::removeOpened(path_.c_str());
     return failed_ ? 1 : 0;
