@@ -593,4 +593,107 @@ TEST_F(Writer, ServesSeveralFilesOneAfterTheOther) {
     EXPECT_EQ(tests::treeOf(folder.path()), (tests::Tree{{"one", "1"}, {"two", "2"}, {"three", "3"}}));
 }
 
+// --- writing a file that takes the place of another one ---
+
+class Replacement : public Writer {
+protected:
+    // The status of opening, writing and closing.
+    int replace(const string& name, const string& text) const {
+        LineWriter writer;
+        if (writer.openReplacement(folder.path(name)) != 0) return 1;
+        writer.write(text);
+        return writer.close();
+    }
+};
+
+TEST_F(Replacement, IsNotSeenBeforeItIsWhole) {
+    folder.write("old", "old");
+    for (const char* name : {"old", "new"}) {
+        LineWriter writer;
+        ASSERT_EQ(writer.openReplacement(folder.path(name)), 0);
+        writer.write(x(200000));
+        if (name == string("old")) {
+            EXPECT_EQ(folder.read(name), "old");
+        } else {
+            EXPECT_FALSE(folder.exists(name));
+        }
+        EXPECT_EQ(writer.close(), 0);
+    }
+    EXPECT_EQ(tests::treeOf(folder.path()), (tests::Tree{{"old", x(200000)}, {"new", x(200000)}}));
+}
+
+TEST_F(Replacement, HasThePermissionsOfTheOldFile) {
+    const auto before = static_cast<mode_t>(umask(077));
+    for (const unsigned permissions : {0600U, 0644U, 0666U, 0755U}) {
+        ASSERT_EQ(chmod(folder.write("file", "old").c_str(), permissions), 0);
+        EXPECT_EQ(replace("file", "new"), 0);
+        struct stat status {};
+        ASSERT_EQ(stat(folder.path("file").c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, tests::keptPermissions(permissions));
+    }
+    umask(before);
+}
+
+TEST_F(Replacement, FollowsALinkAndFindsAnotherSpelling) {
+    folder.write("sub/Real", "old");
+    tests::makeLink("sub/Real", folder.path("link"));
+    for (const char* name : {"link", "LINK", "sub/REAL", "SUB/real"}) {
+        EXPECT_EQ(replace(name, name), 0) << name;
+        EXPECT_EQ(folder.read("sub/Real"), name);
+        EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link"))) << name;
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path("sub")), {}), 1);
+}
+
+TEST_F(Replacement, ThatFailsOrIsLeftLeavesTheOldFileAndNothingElse) {
+    for (const bool isThere : {true, false}) {
+        if (isThere) folder.write("file", "old");
+        const tests::Tree before = tests::treeOf(folder.path());
+        EXPECT_TRUE(tests::succeedsWithFileLimit(10, [&] { return replace("file", x(11)) == 1; }));
+        EXPECT_EQ(tests::treeOf(folder.path()), before) << "a full disk";
+        {
+            LineWriter writer;
+            ASSERT_EQ(writer.openReplacement(folder.path("file")), 0);
+            writer.write(x(200000));
+        }
+        EXPECT_EQ(tests::treeOf(folder.path()), before) << "not closed";
+        LineWriter writer;
+        ASSERT_EQ(writer.openReplacement(folder.path("file")), 0);
+        writer.write(x(200000));
+        platform::stopFiles();
+        EXPECT_EQ(writer.close(), 1);
+        platform::resumeFiles();
+        EXPECT_EQ(tests::treeOf(folder.path()), before) << "stopped";
+        std::filesystem::remove(folder.path("file"));
+    }
+}
+
+TEST_F(Replacement, IsRefusedForWhatIsNoFileOrMayNotBeWritten) {
+    folder.makeFolder("folder");
+    chmod(folder.path().c_str(), 0777);
+    chmod(folder.write("fixed", "old").c_str(), 0444);
+    const tests::Tree before = tests::treeOf(folder.path());
+    EXPECT_TRUE(tests::succeedsWithoutRoot([&] {
+        for (const string& name : {string("folder"), string("fixed"), string("none/file"),
+                                   string("fixed/file"), string("nul\0", 4)}) {
+            EXPECT_EQ(replace(name, "new"), 1) << name;
+        }
+        return true;
+    }));
+    EXPECT_EQ(tests::treeOf(folder.path()), before);
+}
+
+TEST_F(Replacement, InAFolderThatTakesNoNewNamesIsWrittenOverTheOldFile) {
+    chmod(folder.write("closed/file", "a longer old text").c_str(), 0666);
+    chmod(folder.path().c_str(), 0755);
+    chmod(folder.path("closed").c_str(), 0555);
+    EXPECT_TRUE(tests::succeedsWithoutRoot([&] {
+        EXPECT_EQ(replace("closed/file", "new"), 0);
+        EXPECT_EQ(replace("closed/other", "new"), 1);
+        return true;
+    }));
+    chmod(folder.path("closed").c_str(), 0755);
+    EXPECT_EQ(tests::treeOf(folder.path()), (tests::Tree{{"closed/", ""}, {"closed/file", "new"}}));
+}
+
 }  // namespace
