@@ -1009,7 +1009,7 @@ TEST(AttributeTree, LeavesOutWhatTheFactoryDoesNotMake) {
     EXPECT_EQ(treeText(node), "Root{a=1 H{}}");
 }
 
-class ChoosingRoot : public AttributeNode {
+class ListRoot : public AttributeNode {
 public:
     using AttributeNode::AttributeNode;
     string typeKeyFor(const char* name) override { return string("kind of ") + name; }
@@ -1022,7 +1022,7 @@ public:
 };
 
 TEST(AttributeTree, TakesItsNodesFromTheRoot) {
-    ChoosingRoot root("Root", nullptr);
+    ListRoot root("Root", nullptr);
     AttributeNode* const node = root.adoptChild(new AttributeNode("Node", &root));
     buildTree(Cells("((G (H (I)) (x y)) (J) k)").top, node, nullptr);
     EXPECT_EQ(root.asked, (std::vector<string>{"Root.Node.kind of G", "Root.Node.made.kind of H",

@@ -79,7 +79,7 @@ private:
     }
 };
 
-std::vector<std::string> linesOf(const std::string& text) {
+std::vector<std::string> listingLines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) lines.push_back(line);
@@ -99,7 +99,7 @@ TEST_F(TarnetSample, IsListedAndReported) {
     EXPECT_EQ(parent, "project");
     std::vector<std::string> lines = {"left over"};
     EXPECT_EQ(converter->getNewStructure(lines), 0);
-    EXPECT_EQ(lines, linesOf("left over\n" + expectedListing()));
+    EXPECT_EQ(lines, listingLines("left over\n" + expectedListing()));
     lines.erase(lines.begin());
     EXPECT_EQ(converter->writeReport(lines, "report.txt"), 0);
     EXPECT_EQ(
@@ -119,7 +119,7 @@ TEST_F(TarnetSample, ASecondConversionTouchesNothing) {
     EXPECT_EQ(times(), timesBefore);
     std::vector<std::string> lines;
     EXPECT_EQ(second->getNewStructure(lines), 0);
-    EXPECT_EQ(lines, linesOf(expectedListing()));
+    EXPECT_EQ(lines, listingLines(expectedListing()));
 }
 
 // The path of a library as an application on Windows would write it; the paths in the new files have "/".
@@ -129,7 +129,7 @@ TEST_F(TarnetSample, BackslashesInTheLibrarysPathAreTurned) {
     expectTree(expected());
     std::vector<std::string> lines;
     EXPECT_EQ(converter->getNewStructure(lines), 0);
-    EXPECT_EQ(lines, linesOf(expectedListing()));
+    EXPECT_EQ(lines, listingLines(expectedListing()));
 }
 
 // Interrupted before the view was marked: what the first attempt left is written over or kept.

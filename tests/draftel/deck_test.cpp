@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 // @UP@ stands for the folder that the project folder is in.
 template <class Rewritten>
-void expectLines(const DraftelProject& project, const std::vector<LineCase>& cases, Rewritten rewritten) {
+void expectDecks(const DraftelProject& project, const std::vector<LineCase>& cases, Rewritten rewritten) {
     tests::expectLines(cases, {{"@UP@", project.folder.path()}}, rewritten);
 }
 
@@ -67,7 +67,7 @@ void prepareDeck(DraftelProject& project) {
 TEST(DraftelDeck, ADeckIncludesItsSchematicOneLevelUp) {
     DraftelProject project;
     prepareDeck(project);
-    expectLines(project,
+    expectDecks(project,
                 {
                     {".INC \"amp-S1.net\"", ".INC \"../S1.net\""},
                     {".inc \"C:\\any\\other.NET\" tail", ".INC \"../S1.net\""},
@@ -81,7 +81,7 @@ TEST(DraftelDeck, ADeckIncludesItsSchematicOneLevelUp) {
 TEST(DraftelDeck, ADecksIncludesAreRelocated) {
     DraftelProject project;
     prepareDeck(project);
-    expectLines(project,
+    expectDecks(project,
                 {
                     {".INC \"amp.inc\"", ".INC \"../../amp.inc\""},
                     {".inc \".\\AMP.INC\" tail", ".INC \"../../amp.inc\""},
@@ -105,7 +105,7 @@ TEST(DraftelDeck, ADecksIncludesAreRelocated) {
 TEST(DraftelDeck, ADecksStimulusLibrariesAreRelocated) {
     DraftelProject project;
     prepareDeck(project);
-    expectLines(project,
+    expectDecks(project,
                 {
                     {".STMLIB \"amp.stl\"", ".STMLIB \"../../amp.stl\""},
                     {".stmlib \"AMP.STL\"tail", ".STMLIB \"../../amp.stl\""},
@@ -125,7 +125,7 @@ TEST(DraftelDeck, ADecksLibrariesAreRelocated) {
     DraftelProject project;
     prepareDeck(project);
     project.write("ABC.LIB", "");
-    expectLines(project,
+    expectDecks(project,
                 {
                     {".LIB \"amp.lib\"", ".LIB \"../../amp.lib\""},
                     {".lib \"./amp.lib\" tail", ".LIB \"../../amp.lib\""},
@@ -155,7 +155,7 @@ TEST(DraftelDeck, ADecksLibrariesAreRelocated) {
 TEST(DraftelDeck, OtherLinesOfADeckAreCopied) {
     DraftelProject project;
     prepareDeck(project);
-    expectLines(project,
+    expectDecks(project,
                 {
                     {" .LIB \"amp.lib\"", " .LIB \"amp.lib\""},
                     {"* .INC \"amp.inc\"", "* .INC \"amp.inc\""},

@@ -38,7 +38,7 @@ std::string rewritten(DraftelProject& project, const std::string& text) {
 }
 
 // @DIR@ stands for the project folder, written with backslashes.
-void expectLines(const std::vector<LineCase>& cases) {
+void expectTexts(const std::vector<LineCase>& cases) {
     DraftelProject project;
     project.prepareSteps();
     tests::expectLines(cases, {{"@DIR@", withBackslashes(project.dir)}},
@@ -48,7 +48,7 @@ void expectLines(const std::vector<LineCase>& cases) {
 // --- the keys ---
 
 TEST(DraftelProfileFile, ReferencesToTheDesignBecomeOneToTheNetlist) {
-    expectLines({
+    expectTexts({
         {"DesignFile= \"amp.dsn\" ", "Connectivity= \"S1.net\" "},
         {"ProjectFile= \"amp.opj\" ", "Connectivity= \"S1.net\" "},
         {"RootSchematics= \"S1\" ", "Connectivity= \"S1.net\" "},
@@ -87,7 +87,7 @@ TEST(DraftelProfileFile, EachFileHasItsOwnConnectivity) {
 }
 
 TEST(DraftelProfileFile, TheProfileFileIsNamedAfterTheProfile) {
-    expectLines({
+    expectTexts({
         {"ProfileFile= \"amp-S1-tran.sim\" ", "ProfileFile= \"tran.sim\" "},
         {"profilefile= \"x.sim\" ", "ProfileFile= \"tran.sim\" "},
         {"PROFILEFILE=\"C:\\x\\y.sim\"and more", "ProfileFile= \"tran.sim\" "},
@@ -107,7 +107,7 @@ TEST(DraftelProfileFile, TheProfileFileIsNamedAfterTheProfile) {
 }
 
 TEST(DraftelProfileFile, TheNetlistFileIsTheDeckOfTheProfile) {
-    expectLines({
+    expectTexts({
         {"NetlistFile= \"amp-S1-tran.sim.cir\" ", "NetlistFile= \"tran.cir\" "},
         {"netlistfile= \".\\sub\\x.sim.cir\" ", "NetlistFile= \"tran.cir\" "},
         {"NETLISTFILEX\"x.sim.cir.old\"", "NetlistFile= \"tran.cir\" "},
@@ -122,7 +122,7 @@ TEST(DraftelProfileFile, TheNetlistFileIsTheDeckOfTheProfile) {
 }
 
 TEST(DraftelProfileFile, TheDataFileIsRelocated) {
-    expectLines({
+    expectTexts({
         {"DataFile= \"amp-S1-tran.dat\" ", "DataFile= \"tran.dat\" "},
         {"DataFile= \"amp-S1-tran.csd\" ", "DataFile= \"tran.csd\" "},
         {"datafile= \"AMP-s1-TRAN.mc.dat\" ", "DataFile= \"tran.mc.dat\" "},
@@ -140,7 +140,7 @@ TEST(DraftelProfileFile, TheDataFileIsRelocated) {
 }
 
 TEST(DraftelProfileFile, TheOutputFileIsRelocated) {
-    expectLines({
+    expectTexts({
         {"OutFile= \"amp-S1-tran.out\" ", "OutFile= \"tran.out\" "},
         {"outfile= \"amp-S1-TRAN.out.1\" ", "OutFile= \"tran.out.1\" "},
         {"OUTFILE\"results.out\"", "OutFile= \"@DIR@\\results.out\" "},
@@ -159,7 +159,7 @@ TEST(DraftelProfileFile, TheOutputFileIsRelocated) {
 }
 
 TEST(DraftelProfileFile, OtherLinesAreCopied) {
-    expectLines({
+    expectTexts({
         {"AnalysisType= \"amp-S1-tran.sim\" ", "AnalysisType= \"amp-S1-tran.sim\" "},
         {"ProfileName= \"tran\" ", "ProfileName= \"tran\" "},
         {" DesignFile= \"amp.dsn\" ", " DesignFile= \"amp.dsn\" "},
@@ -653,18 +653,18 @@ TEST(DraftelProfileFile, AFileIsNotWrittenOverItself) {
 
 // --- references to data and output files ---
 
-struct ReferenceCase {
+struct CaseOfNumber {
     const char* value;
     int status;
     const char* reference;
 };
 
-void expectReferences(const std::string& projectDir, const std::vector<ReferenceCase>& cases) {
+void expectReferences(const std::string& projectDir, const std::vector<CaseOfNumber>& cases) {
     DraftelProjectConverter converter(nullptr);
     converter.addRelocation("./amp-s1-tran.dat", "./amp-TevrixFiles/S1/tran/tran.dat");
     converter.addRelocation("./amp-s1-ac.csd", "./amp-TevrixFiles/S1/ac/ac.csd");
     converter.addRelocation("./deep/x.out", "./amp-TevrixFiles/S1/tran/moved.out");
-    for (const ReferenceCase& entry : cases) {
+    for (const CaseOfNumber& entry : cases) {
         std::string reference = "left over";
         EXPECT_EQ(
             converter.relocateOutputReference(reference, entry.value, projectDir, "Amp-S1-Tran", "tran"),

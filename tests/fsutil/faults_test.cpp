@@ -19,13 +19,13 @@ using tests::DiskCall;
 using tests::FailingDisk;
 using tests::TestFolder;
 
-const std::string kBytes = std::string(20000, 'x') + "\r\nlast";
+const std::string kContent = std::string(20000, 'x') + "\r\nlast";
 
 TEST(FilesOnAFailingDisk, ACopyThatSucceedsIsWhole) {
     for (const DiskCall call : tests::kDiskCalls) {
         for (int number = 1;; ++number) {
             const TestFolder folder;
-            const std::string source = folder.write("a.dat", kBytes);
+            const std::string source = folder.write("a.dat", kContent);
             int status = 0;
             bool failed = false;
             {
@@ -33,9 +33,9 @@ TEST(FilesOnAFailingDisk, ACopyThatSucceedsIsWhole) {
                 status = fsutil::copyFile(source, folder.path("b.dat"));
                 failed = disk.hasFailed();
             }
-            EXPECT_EQ(folder.read("a.dat"), kBytes) << call << " " << number;
+            EXPECT_EQ(folder.read("a.dat"), kContent) << call << " " << number;
             if (status == 0) {
-                EXPECT_EQ(folder.read("b.dat"), kBytes) << call << " " << number;
+                EXPECT_EQ(folder.read("b.dat"), kContent) << call << " " << number;
             } else {
                 EXPECT_EQ(status, 1) << call << " " << number;
             }
@@ -49,7 +49,7 @@ TEST(FilesOnAFailingDisk, ACopyThatSucceedsIsWhole) {
 
 TEST(FilesOnAFailingDisk, ACopyThatCannotBeWrittenFails) {
     const TestFolder folder;
-    const std::string source = folder.write("a.dat", kBytes);
+    const std::string source = folder.write("a.dat", kContent);
     for (const DiskCall call : {DiskCall::write, DiskCall::makeFolder, DiskCall::chmod}) {
         const FailingDisk disk(call, 1, ENOSPC, FailingDisk::Failing::forGood);
         const bool isUsed = call == DiskCall::write;
@@ -60,12 +60,12 @@ TEST(FilesOnAFailingDisk, ACopyThatCannotBeWrittenFails) {
 
 TEST(FilesOnAFailingDisk, WhatCannotBeRemovedStays) {
     const TestFolder folder;
-    const std::string path = folder.write("a.dat", kBytes);
+    const std::string path = folder.write("a.dat", kContent);
     {
         const FailingDisk disk(DiskCall::remove, 1, EACCES);
         EXPECT_EQ(fsutil::deleteFile(path), 1);
     }
-    EXPECT_EQ(folder.read("a.dat"), kBytes);
+    EXPECT_EQ(folder.read("a.dat"), kContent);
     EXPECT_EQ(fsutil::deleteFile(path), 0);
     EXPECT_FALSE(folder.exists("a.dat"));
 }

@@ -21,20 +21,20 @@ using namespace std::string_literals;
 using tvxconv::TarnetProjectConverter;
 namespace fs = std::filesystem;
 
-int rewrite(TarnetLibrary& library) {
+int convert(TarnetLibrary& library) {
     return library.converter.rewriteSimProfile(library.cfg, library.profiles, "tran.sim", "tran", "amp");
 }
 
 // The profile file as it is written for `text` as the old one.
-std::string rewritten(TarnetLibrary& library, const std::string& text) {
+std::string converted(TarnetLibrary& library, const std::string& text) {
     library.writeOld("tran.sim", text);
-    EXPECT_EQ(rewrite(library), 0) << text;
+    EXPECT_EQ(convert(library), 0) << text;
     EXPECT_EQ(library.read("amp/cfg_analog/tran.sim"), text);
     return library.readNew("profiles/tran.sim");
 }
 
 void expectLines(TarnetLibrary& library, const std::vector<LineCase>& cases) {
-    expectLines(cases, library.places(), [&](const std::string& text) { return rewritten(library, text); });
+    expectLines(cases, library.places(), [&](const std::string& text) { return converted(library, text); });
 }
 
 void expectLines(const std::vector<LineCase>& cases) {
@@ -58,7 +58,7 @@ TEST(TarnetProfileFile, TheDesignGivesWayToTheNetlist) {
 TEST(TarnetProfileFile, OfSeveralDesignReferencesTheFirstIsReplacedAndTheOthersGo) {
     TarnetLibrary library;
     library.prepareCell();
-    EXPECT_EQ(rewritten(library,
+    EXPECT_EQ(converted(library,
                         "A= \"1\" \n"
                         "ProjectFile= \"amp.opj\" \r\n"
                         "B= \"2\" \n"
@@ -158,7 +158,7 @@ TEST(TarnetProfileFile, ALongLineIsTreatedInPieces) {
         {"OutFile= \"tran.out\"" + std::string(1004, ' ') + "rest\r\n", "OutFile= \"tran.out\" \nrest\r\n"},
         {"DesignFile" + std::string(1013, 'x') + "RootSchematics\r\nB\n", "Connectivity= \"amp.net\" \nB\n"},
     };
-    for (const Case& entry : cases) EXPECT_EQ(rewritten(library, entry.text), entry.written) << entry.text;
+    for (const Case& entry : cases) EXPECT_EQ(converted(library, entry.text), entry.written) << entry.text;
 }
 
 // --- the table of moves, which is empty unless a host's own steps have filled it ---
@@ -256,7 +256,7 @@ TEST(TarnetProfileFile, AnEntryWhoseFileCannotBeCopiedIsLeftOutWithoutAnError) {
     library.prepareCell();
     addFiles(library);
     library.makeFolder("amp/tvx_sim_1/profiles/tran/a.lib");
-    EXPECT_EQ(rewritten(library, "+1 \"a.lib\"\n+2 \"sub/deep.inc\"\n+8 \"a.lib\"\n"),
+    EXPECT_EQ(converted(library, "+1 \"a.lib\"\n+2 \"sub/deep.inc\"\n+8 \"a.lib\"\n"),
               "+2 \"deep.inc\" \n+8 \"a.lib\"\n");
     EXPECT_EQ(lastError(), LastError());
 }
@@ -266,7 +266,7 @@ TEST(TarnetProfileFile, OfTwoEntriesForOneNameTheLaterFileIsThere) {
     library.prepareCell();
     library.writeOld("a.lib", "first");
     library.writeOld("sub/a.lib", "second");
-    EXPECT_EQ(rewritten(library, "+1 \"a.lib\"\n+2 \"sub/a.lib\"\n"), "+1 \"a.lib\" \n+2 \"a.lib\" \n");
+    EXPECT_EQ(converted(library, "+1 \"a.lib\"\n+2 \"sub/a.lib\"\n"), "+1 \"a.lib\" \n+2 \"a.lib\" \n");
     EXPECT_EQ(library.readNew("profiles/tran/a.lib"), "second");
 }
 
@@ -293,7 +293,7 @@ TEST(TarnetProfileFile, WithoutAFileNothingIsWritten) {
         library.prepareCell();
         if (isFolder) library.makeFolder("amp/cfg_analog/tran.sim");
         const Tree before = library.tree();
-        EXPECT_EQ(rewrite(library), 0) << isFolder;
+        EXPECT_EQ(convert(library), 0) << isFolder;
         EXPECT_EQ(library.tree(), before) << isFolder;
         EXPECT_EQ(lastError(), LastError()) << isFolder;
     }
@@ -306,7 +306,7 @@ TEST(TarnetProfileFile, AFileThatMayNotBeReadCountsAsAbsent) {
     openToAll(library.folder.path());
     ASSERT_EQ(chmod((library.cfg + "/tran.sim").c_str(), 0), 0);
     EXPECT_TRUE(succeedsWithoutRoot([&] {
-        EXPECT_EQ(rewrite(library), 0);
+        EXPECT_EQ(convert(library), 0);
         EXPECT_EQ(lastError(), LastError());
         return true;
     }));
@@ -318,7 +318,7 @@ TEST(TarnetProfileFile, AFileThatCannotBeOpenedIsNamed) {
     library.prepareCell();
     library.writeOld("tran.sim", "A\n");
     EXPECT_TRUE(succeedsLacking(Lacks::opening, [&] {
-        EXPECT_EQ(rewrite(library), 10105);
+        EXPECT_EQ(convert(library), 10105);
         EXPECT_EQ(lastError(), openForReadingError(library.cfg + "/tran.sim"));
         return true;
     }));
@@ -330,7 +330,7 @@ TEST(TarnetProfileFile, ANewFileThatCannotBeMadeIsNamed) {
     library.prepareCell();
     library.writeOld("tran.sim", "A\n");
     library.makeFolder("amp/tvx_sim_1/profiles/tran.sim");
-    EXPECT_EQ(rewrite(library), 10106);
+    EXPECT_EQ(convert(library), 10106);
     EXPECT_EQ(lastError(), openForWritingError(library.profiles + "/tran.sim"));
 }
 
@@ -339,7 +339,7 @@ TEST(TarnetProfileFile, ANewFileThatTheDiskHasNoRoomForIsNamedAndRemoved) {
     library.prepareCell();
     library.writeOld("tran.sim", std::string(100, 'x'));
     EXPECT_TRUE(succeedsWithFileLimit(99, [&] {
-        EXPECT_EQ(rewrite(library), 10106);
+        EXPECT_EQ(convert(library), 10106);
         EXPECT_EQ(lastError(), openForWritingError(library.profiles + "/tran.sim"));
         return true;
     }));
