@@ -16,8 +16,8 @@
 #include <string>
 #include <utility>
 
-#include "errors/errors.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "errors/errors.h"
 #include "fsutil/files.h"
 
 namespace {

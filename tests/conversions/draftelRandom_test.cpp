@@ -34,8 +34,8 @@
 #include <random>
 #include <set>
 
-#include "errors/errors.h"
 #include "draftel/DraftelProjectConverter.h"
+#include "errors/errors.h"
 #include "fsutil/letterCase.h"
 #include "support/RandomProject.h"
 #include "support/TestFolder.h"

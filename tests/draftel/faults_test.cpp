@@ -69,7 +69,8 @@ TEST(DraftelOnAFailingDisk, AConversionThatSucceedsIsWholeAndNoOldFileChanges) {
             }
             // No part of a file. Those that name others may name what is missing by its old name.
             for (const auto& [name, text] : now) {
-                const bool isCopy = name.ends_with(".dat") || name.ends_with(".lib") || name.ends_with(".dsn");
+                const bool isCopy =
+                    name.ends_with(".dat") || name.ends_with(".lib") || name.ends_with(".dsn");
                 EXPECT_EQ(whole.count(name), 1U) << name << " after " << call << " " << number;
                 EXPECT_TRUE(text == whole[name] || (!isCopy && text != ""))
                     << name << " after " << call << " " << number;

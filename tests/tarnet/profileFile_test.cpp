@@ -196,7 +196,7 @@ TEST(TarnetProfileFile, AnOutputThatCannotBeResolvedIsNamedAsBefore) {
 // --- numbered entries ---
 
 // Files that an entry can name.
-void addFiles(const TarnetLibrary& library) {
+void addListedFiles(const TarnetLibrary& library) {
     library.writeOld("a.lib", "models");
     library.writeOld("sub/deep.inc", "deep");
     library.writeOld("ab/x.lib", "");
@@ -208,7 +208,7 @@ void addFiles(const TarnetLibrary& library) {
 TEST(TarnetProfileFile, AnEntryUpTo7TakesItsFileAlong) {
     TarnetLibrary library;
     library.prepareCell();
-    addFiles(library);
+    addListedFiles(library);
     expectLines(library, {
                              {"+0 \"a.lib\"", "+0 \"a.lib\" "},
                              {"+7 \"A.LIB\"", "+7 \"A.LIB\" "},
@@ -227,7 +227,7 @@ TEST(TarnetProfileFile, AnEntryUpTo7TakesItsFileAlong) {
 TEST(TarnetProfileFile, AnyOtherEntryStays) {
     TarnetLibrary library;
     library.prepareCell();
-    addFiles(library);
+    addListedFiles(library);
     const Tree before = library.tree();
     expectLines(library, {
                              {"+8 \"a.lib\"", "+8 \"a.lib\""},
@@ -254,7 +254,7 @@ TEST(TarnetProfileFile, AnyOtherEntryStays) {
 TEST(TarnetProfileFile, AnEntryWhoseFileCannotBeCopiedIsLeftOutWithoutAnError) {
     TarnetLibrary library;
     library.prepareCell();
-    addFiles(library);
+    addListedFiles(library);
     library.makeFolder("amp/tvx_sim_1/profiles/tran/a.lib");
     EXPECT_EQ(converted(library, "+1 \"a.lib\"\n+2 \"sub/deep.inc\"\n+8 \"a.lib\"\n"),
               "+2 \"deep.inc\" \n+8 \"a.lib\"\n");
