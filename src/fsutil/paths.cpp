@@ -16,7 +16,7 @@ constexpr std::string_view kDefaultMarkerTail = "default.mrk";
 
 // Paths are compared without regard to letter case and to the kind of slash.
 bool isSamePathByte(char a, char b) {
-    return lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
+    return a == b || lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
 }
 
 // Where the last "-" of a name is, if "default.mrk" follows it; else npos.
