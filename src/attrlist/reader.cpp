@@ -198,8 +198,7 @@ ListCell* ExpressionReader::read(const char*& error) {
     }
 }
 
-// A quarter of a file is indentation: skipping it like this and not with get() saves 3 % of the reading
-// time.
+// A quarter of a file is indentation: skipping it like this and not with get() saves 3 % of the reading time.
 int ExpressionReader::getAfterSpace() {
     int c = EOF;
     do {

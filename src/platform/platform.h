@@ -134,8 +134,7 @@ int flushToDisk(int descriptor);
 // Closes; an error of a delayed write shows here. The descriptor is closed in any case.
 int closeFile(int descriptor);
 
-// Gives the owner the right to write (on Windows: clears the read-only attribute) and removes no other
-// right.
+// Gives the owner the right to write (on Windows: clears the read-only attribute) and removes no other right.
 int makeWritable(const char* path);
 
 // Gives the file exactly these nine permission bits.
@@ -165,8 +164,7 @@ int linkFile(const char* from, const char* to);
 void stopFiles();
 bool resumeFiles();
 
-// For a program to call at its start: large blocks of memory go back to the system as soon as they are
-// free.
+// For a program to call at its start: large blocks of memory go back to the system as soon as they are free.
 void keepNoFreeMemory();
 
 // The number of files that openForWriting has opened since the program or library was loaded. May be called

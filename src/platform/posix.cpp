@@ -172,7 +172,7 @@ std::string absolutePath(const std::string& path) {
     if (getcwd(folder, sizeof folder) == nullptr) return path;
     std::string result = folder;
     std::string_view rest = path;
-    // Resolve leading dots here: getcwd returns no links, so ".." is safe to cut off.
+    // Resolve leading dots here: the path from getcwd has no links, so its end may be cut off for "..".
     for (;;) {
         const std::string_view step = rest.substr(0, rest.find('/'));
         if (!step.empty() && step != "." && step != "..") break;

@@ -504,7 +504,7 @@ void onInterrupt(void (*handler)()) {
     const bool isFirst = interruptHandler.exchange(handler) == nullptr;
     if (!isFirst) return;
     for (const int number : {SIGINT, SIGTERM}) std::signal(number, passSignalOn);
-    // After the signals: the handler set last is called first, and the runtime has one of its own.
+    // After the signals: the handler set last is called first, and the runtime has its own.
     SetConsoleCtrlHandler(passConsoleEventOn, TRUE);
 }
 

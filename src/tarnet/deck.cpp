@@ -1,5 +1,4 @@
-// The decks of a cell's profiles. They include the netlist, which is in the new view two folders above
-// them.
+// The decks of a cell's profiles. They include the netlist, which is in the new view two folders above them.
 
 #include "converter/rewriteDeck.h"
 #include "fsutil/files.h"
