@@ -78,8 +78,7 @@ const std::string& textOf(const JsonValue& object, std::string_view key) {
     return value == nullptr ? none : value->text;
 }
 
-// Returns whether that changed anything. A missing text reads as the empty one, so an empty one is not
-// added.
+// Returns whether that changed anything. A missing text reads as the empty one, so an empty one is not added.
 bool setText(JsonValue& object, std::string_view key, const std::string& text) {
     if (textOf(object, key) == text) return false;
     JsonValue* value = object.find(key);

@@ -28,7 +28,7 @@
 //                       "schematic": "SCHEMATIC1" } ] } }
 //
 // Status. 0 is success. Anything else: the file cannot be read or written, it is not JSON, a value shown
-// above has another type, a key is twice in one object, objects and lists are nested more than 512 deep,
+// above has another type, a key occurs twice in one object, objects and lists are nested more than 512 deep,
 // memory ran out, a text passed in or out cannot be converted between code page and UTF-8, or what the
 // function says. Then outputs are empty and the file is unchanged. No function throws.
 //
@@ -68,8 +68,7 @@ using Strings = std::vector<std::string>;
 TVX_WOBJ_API int readProjectFiles(const std::string& project, const char* folder, Strings& paths,
                                   Strings& names, bool flag);
 
-// The entries of a sub-folder of `folder`. The same, except for the order of the outputs: names, then
-// paths.
+// The entries of a sub-folder of `folder`. The same, except for the order of the outputs: names, then paths.
 TVX_WOBJ_API int readProjectFiles(const std::string& project, const char* folder, const char* subFolder,
                                   Strings& names, Strings& paths, bool flag);
 
@@ -88,12 +87,11 @@ TVX_WOBJ_API int readProjectFileDirectly(const std::string& project, const std::
 //   itemType      the type; entries of other types stay unchanged and in their places
 //   paths         the paths to write
 //   replace       true: the list replaces the entries of that type. The i-th path goes to the i-th of them,
-//   which
-//                 keeps its place, its name (unless the file name changed: then it is named after its file)
-//                 and its other members. Entries left over are removed; paths left over become new entries at
-//                 the end of the folder, each named after its file. false: a path that no entry of that type
-//                 has yet (ignoring case and the kind of separator) becomes a new entry at the end; no entry
-//                 is removed or changed.
+//                 which keeps its place, its name (unless the file name changed: then it is named after its
+//                 file) and its other members. Entries left over are removed; paths left over become new
+//                 entries at the end of the folder, each named after its file.
+//                 false: a path that no entry of that type has yet (ignoring case and the kind of separator)
+//                 becomes a new entry at the end; no entry is removed or changed.
 //   createFolder  whether to make the folder if it is missing; if not, paths for it are a failure
 //   the rest      not used
 //
