@@ -23,7 +23,7 @@
 //   rootSchematics  cleared; then the names, in file order, in the code page of the host
 //
 // Returns 0, or non-zero with an empty list: the file cannot be read or is no JSON object, "rootSchematics"
-// is missing or no list of texts, a name cannot be converted to the host's code page, a key is twice in one
-// object, nesting is more than 512 deep, or memory ran out. Does not throw.
+// is missing or no list of texts, a name cannot be converted to the host's code page, a key occurs twice in
+// one object, nesting is more than 512 deep, or memory ran out. Does not throw.
 extern "C" TVXCONV_EXPORT int getDsnInfo(const std::string& design, const std::string& unused,
                                          std::vector<std::string>& rootSchematics);
