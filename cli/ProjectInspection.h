@@ -16,8 +16,7 @@ struct ProjectInspection {
     // 0, or the reason why the project cannot be converted: the status of the step that could not read it,
     // 1 for a refusal.
     int status = 0;
-    // The refusal, with the file and line that caused it. Empty if the library has recorded an error
-    // instead.
+    // The refusal, with the file and line that caused it. Empty if the library has recorded an error instead.
     std::string refusal;
     std::string projectDir;
     std::string designName;

@@ -139,8 +139,7 @@ int showConverted(const ProjectInspection& inspection, const DraftelOptions& opt
     return endWith(result, options, result.status == 0 ? kConverted : kNotConverted);
 }
 
-// The reason why the project cannot be converted in place, checked before anything is kept; empty if it
-// can.
+// The reason why the project cannot be converted in place, checked before anything is kept; empty if it can.
 std::string refusalInPlace(const DraftelOptions& options, const ProjectInspection& inspection) {
     if (!inspection.otherProfile.empty()) {
         return inQuotes(options.project) + ": the profile " + inQuotes(inspection.otherProfile) +

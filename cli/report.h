@@ -29,7 +29,7 @@ struct ConversionResult : RunResult {
     CStringArray structure;
 };
 
-// The result for a Tarnet library. It has no project of its own, only one in each cell.
+// The result for a Tarnet library. Each cell has a project, the library itself has none.
 struct LibraryResult : RunResult {
     std::string libraryParentName;
     std::vector<std::string> structure;
