@@ -29,7 +29,7 @@ public:
 
     bool isOpen() const { return descriptor_ != -1; }
 
-    // Fills the block unless the file ends; the bytes read, -1 on failure.
+    // Fills the block unless the file ends. Returns the bytes read, -1 on failure.
     std::int64_t read(char* block, std::size_t size) const {
         std::size_t filled = 0;
         while (filled < size) {
@@ -85,7 +85,7 @@ const KeptFiles::Kept* KeptFiles::find(const std::string& path) const {
     return found == files_->set.end() ? nullptr : &*found;
 }
 
-// The number keeps files of two folders apart that have one name.
+// The number distinguishes files with one name in two folders.
 std::string KeptFiles::keptAs(const Kept& file) const {
     std::string name;
     fsutil::fileNameOf(std::string(file.path), name);

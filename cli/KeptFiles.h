@@ -1,8 +1,8 @@
 // KeptFiles.h
 //
-// The old files of a project while it is converted in place: each is kept under a second name, or as a
-// copy where the file system has no second names, in a folder beside the project. The folder goes when
-// all is well; a run that is killed leaves it, with the old files in it.
+// The old files of a project while it is converted in place: each is kept under a second name, or as a copy
+// if the file system has no second names, in a folder beside the project. The folder is removed if all goes
+// well; a run that is killed leaves it, with the old files in it.
 
 #pragma once
 
@@ -17,7 +17,7 @@
 
 #include "fsutil/letterCase.h"
 
-// A path in the form in which paths are compared.
+// The form in which paths are compared.
 std::string lowerCased(const std::string& text);
 
 class KeptFiles {
@@ -25,38 +25,39 @@ public:
     // `projectDir` is the folder of the project.
     explicit KeptFiles(const std::string& projectDir);
 
-    // Where the files are kept.
+    // The folder that holds the kept files.
     const std::string& folder() const { return folder_; }
 
-    // Whether there is a folder of another run, with `reason` set.
+    // Whether another run has left its folder; if so, `reason` says it.
     bool isLeftOver(std::string& reason) const;
 
-    // Makes the folder. False, with `reason` set, when that cannot be done or another run has left one.
+    // Makes the folder. False, with `reason` set, if that fails or another run has left one.
     bool begin(std::string& reason);
 
-    // Keeps one file; `asCopy` for a file that may be written to in place. False when it cannot be kept.
+    // Keeps one file; `asCopy` for a file that may be written to in place. False if it cannot be kept.
     bool keep(const std::string& path, bool asCopy);
 
-    // Puts the file back where it was, if it is gone from there or another. False when that failed.
+    // Restores the file at its old path if it is missing there or has been replaced. False if that failed.
     // The path may be in another letter case. A file that was not kept is left alone.
     bool putBack(const std::string& path);
-    // The same for all files; fills `failed` with those that could not be put back.
+    // The same for all files; `failed` gets those that could not be restored.
     bool putBackAll(std::vector<std::string>& failed);
 
-    // Where the kept form of a file is; empty when it was not kept.
+    // The path of the kept file; empty if it was not kept.
     std::string keptPath(const std::string& path) const;
-    // Where the file was, as it is spelled; empty when it was not kept.
+    // The old path of the file in its own spelling; empty if it was not kept.
     std::string oldPath(const std::string& path) const;
 
-    // Removes the kept names and the folder. False when something of them stays.
+    // Removes the kept files and the folder. False if any of them could not be removed.
     bool release();
 
 private:
-    // There may be hundreds of thousands: the paths lie end to end in large blocks, freed together.
+    // There may be hundreds of thousands: the paths are stored one after the other in large blocks, freed
+    // together.
     struct Kept {
         std::string_view path;
         std::size_t number = 0;
-        mutable bool isCopy = false;  // known when the file has been kept
+        mutable bool isCopy = false;  // known once the file has been kept
     };
     struct PathHash {
         std::size_t operator()(const Kept& file) const {
@@ -73,7 +74,7 @@ private:
         std::pmr::unordered_set<Kept, PathHash, SamePath> set{&memory};
     };
 
-    // Null when the path was not kept.
+    // Null if the path was not kept.
     const Kept* find(const std::string& path) const;
     std::string keptAs(const Kept& file) const;
     bool putBack(const Kept& file) const;

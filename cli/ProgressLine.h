@@ -1,6 +1,6 @@
 // ProgressLine.h
 //
-// A line on standard error that tells how far a conversion has come while it runs, where that is a terminal.
+// A line on standard error that shows the progress of a conversion, if standard error is a terminal.
 
 #pragma once
 
@@ -12,11 +12,11 @@
 
 class ProgressLine {
 public:
-    // `what`, and how many files have been written.
+    // Shows `what` and the number of files written.
     explicit ProgressLine(const std::string& what);
-    // `describe` makes the text, in a thread of its own.
+    // Shows the text that `describe` makes, called in the line's own thread.
     explicit ProgressLine(std::function<std::string()> describe);
-    // Takes the line away.
+    // Removes the line.
     ~ProgressLine();
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;

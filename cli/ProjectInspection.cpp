@@ -27,10 +27,10 @@ using tvxconv::DraftelProjectConverter;
 
 namespace {
 
-// Whether a folder of this name lies directly in the folder it is made in.
+// Whether a folder of this name would be directly inside its parent folder.
 bool canBeFolderName(const std::string& name) {
     if (name.empty() || name == "." || name == "..") return false;
-    // Windows drops dots and blanks at the end, and knows patterns where names stand.
+    // Windows drops dots and blanks at the end and reserves the characters of patterns.
     const bool onWindows = platform::hasDriveLetters();
     if (onWindows && (name.back() == '.' || name.back() == ' ')) return false;
     if (onWindows && name.find_first_of("<>\"|?*") != std::string::npos) return false;
@@ -58,7 +58,7 @@ std::string place(const std::string& file, std::size_t line) {
     return text.append(": ");
 }
 
-// Whether a line of a JSON file holds a text, however its characters are written there.
+// Whether a line of a JSON file contains a text, however its characters are escaped there.
 bool holdsText(const std::string& line, const std::string& text) {
     for (std::size_t begin = line.find('"'); begin != std::string::npos; begin = line.find('"', begin)) {
         std::size_t end = begin + 1;
@@ -72,7 +72,7 @@ bool holdsText(const std::string& line, const std::string& text) {
     return false;
 }
 
-// The first line of a JSON file that holds a text; 0 when none does.
+// The first line of a JSON file that contains a text; 0 if none does.
 std::size_t lineOfText(const std::string& file, const std::string& text) {
     fsutil::LineReader reader;
     if (reader.open(file) != 0) return 0;
@@ -139,8 +139,8 @@ void checkNames(DraftelProjectConverter& converter, const std::string& project,
     }
 }
 
-// The files that go to the simulation root or beside the new project, wherever an entry finds them: their
-// old paths in lower case.
+// The old paths, in lower case, of the files that move to the simulation root or beside the new project,
+// wherever an entry finds them.
 std::set<std::string> movedFiles(DraftelProjectConverter& converter, const ProjectInspection& inspection) {
     std::set<std::string> files;
     const auto add = [&](const std::string& folder, const std::string& name) {
@@ -172,11 +172,12 @@ std::set<std::string> movedFiles(DraftelProjectConverter& converter, const Proje
     return files;
 }
 
-// A file that an entry names by way of ".." is copied to the same place seen from the new project,
-// which lies outside the destination. That is refused, unless that file, or its like, lies there already.
+// An entry that names a file by way of ".." has it copied to the same place seen from the new project,
+// which may be outside the destination. That is refused, unless the file itself, or one with the same
+// bytes, is there already.
 void checkEntries(DraftelProjectConverter& converter, const std::string& project,
                   const std::string& destination, ProjectInspection& inspection) {
-    std::optional<std::set<std::string>> moved;  // there are many, and few projects have such entries
+    std::optional<std::set<std::string>> moved;  // made when needed: there are many, and few such entries
     const std::filesystem::path bounds = std::filesystem::path(destination).lexically_normal();
     for (const layout::FileEntries& carried : layout::entriesThatNameFiles()) {
         tvx_wobj::Strings names;
@@ -187,7 +188,7 @@ void checkEntries(DraftelProjectConverter& converter, const std::string& project
                 ? tvx_wobj::readProjectFileDirectly(project, carried.folder, names, paths, types)
                 : tvx_wobj::readProjectFileDirectly(project, carried.folder, carried.subFolder, names, paths,
                                                     types);
-        if (status != 0) return;  // the conversion will tell
+        if (status != 0) return;  // the conversion will report it
         for (std::size_t i = 0; i < paths.size(); ++i) {
             const std::string& entry = paths[i];
             if (*carried.type != '\0' && !fsutil::equalIgnoringCase(types[i], carried.type)) continue;
@@ -300,7 +301,7 @@ std::vector<std::string> analysisProfilesLeftOut(const ProjectInspection& inspec
         }
         const std::string newPath = converter.simulationRoot() + "/" + schematic + "/" +
                                     layout::newSchematicFileName(schematic, layout::kAnalysis);
-        // A file at the new place may be there from another conversion.
+        // A file at the new path may be from another conversion.
         const bool isCarried = fsutil::isPresentFile(newPath) && tvxconv::canReadAnalysisProfile(oldPath);
         if (fsutil::isPresentFile(oldPath) && !isCarried) leftOut.push_back(oldPath);
     }

@@ -26,8 +26,8 @@ std::string footer(const std::string& examples) {
            "Exit status: 0 converted, 1 not converted, 2 wrong command line.";
 }
 
-// Follows "." and ".." in an absolute path, and what stands before them. A project names files by way of
-// "../", which is taken as text: it has to meet the name of a folder.
+// Resolves "." and ".." in an absolute path, and links before them. A project names files by "../", which
+// is resolved as text: it must remove the real name of a folder.
 std::string withoutDots(const std::string& path) {
     std::size_t end = 0;  // of the last such component
     for (std::size_t begin = 0; begin < path.size();) {
@@ -47,7 +47,7 @@ std::string withoutDots(const std::string& path) {
 std::string absolute(const std::string& argument) {
     std::string path;
     tvxconv::fsutil::toForwardSlashes(tvxconv::platform::absolutePath(argument), path);
-    // One slash says as much as several, but for two at the beginning that name another machine.
+    // Several slashes count as one, except for two at the beginning that name another machine.
     const auto network = path.begin() + (tvxconv::platform::hasDriveLetters() && !path.empty() ? 1 : 0);
     path.erase(std::unique(network, path.end(), [](char a, char b) { return a == '/' && b == '/'; }),
                path.end());
@@ -55,7 +55,7 @@ std::string absolute(const std::string& argument) {
     return withoutDots(path);
 }
 
-// What both commands take.
+// The options of both commands.
 void addCommonOptions(CLI::App& command, const char* reportFolder, std::string& report, bool& json) {
     command
         .add_option("--report", report,

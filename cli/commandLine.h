@@ -1,6 +1,6 @@
 // commandLine.h
 //
-// What the user may say, and what of it was said.
+// The command line: what the user may give, and what was given.
 
 #pragma once
 
@@ -26,7 +26,7 @@ constexpr int kConverted = 0;
 constexpr int kNotConverted = 1;
 constexpr int kWrongCommandLine = 2;
 
-// Reads the arguments. True when there is something to do; else help, the version or an error has been
+// Reads the arguments. True if there is something to do; else help, the version or an error has been
 // printed and `exitStatus` is set.
 bool readCommandLine(int argc, char** argv, std::variant<DraftelOptions, TarnetOptions>& command,
                      int& exitStatus);

@@ -75,8 +75,8 @@ bool convert(const DraftelOptions& options, IDraftelProjectConverter& converter,
     return false;
 }
 
-// What remains to be done after a conversion that went through: tells what the user should know of it, and
-// prints the new structure.
+// The last steps after a successful conversion: tells the user what is worth knowing and prints the new
+// structure.
 int conclude(const DraftelOptions& options, const ProjectInspection& inspection,
              tvxconv::DraftelProjectConverter& converter, ConversionResult& result, int exitStatus) {
     tellError(result);
@@ -100,7 +100,7 @@ int conclude(const DraftelOptions& options, const ProjectInspection& inspection,
     return endWith(result, options, exitStatus);
 }
 
-// Whether the report would be written over the project or its design, old or new.
+// Whether the report would overwrite the project or its design, old or new.
 bool reportIsInTheWay(const DraftelOptions& options, const ProjectInspection& inspection) {
     if (options.report.empty()) return false;
     const std::string folder = options.inPlace ? inspection.projectDir : options.destination;
@@ -119,7 +119,7 @@ bool reportIsInTheWay(const DraftelOptions& options, const ProjectInspection& in
     return false;
 }
 
-// A project in place that is in the new layout already: it is shown, and left as it is.
+// Shows a project that is in the new layout already and leaves it unchanged.
 int showConverted(const ProjectInspection& inspection, const DraftelOptions& options) {
     tell(inQuotes(options.project) + " is in the new layout already. Nothing has been changed.");
     tvxconv::DraftelProjectConverter converter(options.project.c_str());
@@ -139,7 +139,7 @@ int showConverted(const ProjectInspection& inspection, const DraftelOptions& opt
     return endWith(result, options, result.status == 0 ? kConverted : kNotConverted);
 }
 
-// Why the project cannot be converted in place, before anything is kept; empty when it can.
+// The reason why the project cannot be converted in place, checked before anything is kept; empty if it can.
 std::string refusalInPlace(const DraftelOptions& options, const ProjectInspection& inspection) {
     if (!inspection.otherProfile.empty()) {
         return inQuotes(options.project) + ": the profile " + inQuotes(inspection.otherProfile) +
@@ -186,7 +186,7 @@ int convertInPlace(const DraftelOptions& options, const ProjectInspection& inspe
                           " while the project is converted; check disk space and access permissions",
                       options, kNotConverted);
     }
-    // With an error on the way, a deck that was there before need not be the one of this conversion.
+    // If an error is recorded, a deck that existed before may not be from this conversion.
     std::set<std::string> doubtful = filesInSimulationRoot(inspection);
 
     const auto converter = makeConverter(options);

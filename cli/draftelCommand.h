@@ -1,7 +1,7 @@
 // draftelCommand.h
 //
-// "tvxconv draftel": looks at the project, converts it through the library's exported interface, and
-// tells the user what came of it. In place it guards the old files.
+// "tvxconv draftel": checks the project, converts it through the library's exported interface, and tells
+// the user the result. In place it guards the old files.
 
 #pragma once
 

@@ -28,8 +28,8 @@ bool isByteCopy(const std::string& oldPath) {
                         [&](const char* extension) { return hasExtension(oldPath, extension); });
 }
 
-// Keeps the files of a folder whose names begin like the design's, or of which `isOther` (in lower case) is
-// true. The listing tells how they are spelled.
+// Keeps the files of a folder whose names begin like the design's, or for which `isOther` (given the name
+// in lower case) is true. The listing gives their spelling.
 template <class IsOther>
 bool keepFilesOf(const std::string& folder, const ProjectInspection& inspection, IsOther isOther,
                  bool asCopies, KeptFiles& kept, std::string& failed) {
@@ -80,8 +80,8 @@ void addFilesBelow(const std::string& folder, int levels, std::set<std::string>&
     }
 }
 
-// Where new files are, by the paths that a conversion records: those are in lower case. Many in a row lie in
-// one folder, whose spelling is looked up once.
+// Finds new files by the paths that a conversion records, which are in lower case. Many in a row are in one
+// folder, so its spelling is looked up once.
 class NewFiles {
 public:
     explicit NewFiles(const std::string& destination) : destination_(destination) {}
@@ -128,11 +128,11 @@ std::string fileInTheWay(const std::string& project, const ProjectInspection& in
 bool keepOldFiles(const std::string& project, const ProjectInspection& inspection, KeptFiles& kept,
                   std::string& failed) {
     const fsutil::RememberedFolders folders;
-    // The project file is written anew; a library of the host's own may do that in place.
+    // The project file is written anew; a host's own library may do that in place.
     failed = project;
     if (!kept.keep(project, true)) return false;
     const bool designIsHere = fsutil::isSameFile(inspection.projectDir, inspection.designDir);
-    // A design that lies elsewhere is copied here, over one that may be here already.
+    // A design in another folder is copied here, over one that may exist already.
     for (const char* extension : kDesignExtensions) {
         failed = inspection.projectDir + "/" + inspection.designBase + "." + extension;
         if (!designIsHere && fsutil::isPresentFile(failed) && !kept.keep(failed, true)) return false;
@@ -146,13 +146,13 @@ bool keepOldFiles(const std::string& project, const ProjectInspection& inspectio
         fsutil::baseNameOf(name, base);
         profileFiles.insert(lowerCased(base) + "." + layout::kProfile);
     }
-    // More design profiles than the optimizer files name do no harm here.
+    // Keeping design profiles that no optimizer file names does no harm.
     const auto isOther = [&](const std::string& name) {
         return profileFiles.count(name) != 0 || name.find(tvxconv::kExternalMark) != std::string::npos;
     };
     if (!keepFilesOf(inspection.projectDir, inspection, isOther, false, kept, failed)) return false;
     if (designIsHere) return true;
-    // A design that lies in the simulation root is where new files are written.
+    // If the design is in the simulation root, new files may be written over its files: keep copies.
     const bool inRoot = fsutil::isBelowFolder(inspection.designDir + "/", simulationRootOf(inspection));
     const auto isNone = [](const std::string&) { return false; };
     return keepFilesOf(inspection.designDir, inspection, isNone, inRoot, kept, failed);
@@ -190,7 +190,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
             arrived = haveSameBytes(keptFile, newFile);
         } else if (arrived) {
             arrived = doubtful.count(lowerCased(newFile)) == 0 && (!isEmpty(newFile) || isEmpty(keptFile));
-            // Where the old one was passed over, what is at the new place is another file.
+            // If the conversion skipped the old file, the one at the new path is another file.
             if (arrived && hasExtension(oldFile, layout::kAnalysis)) {
                 arrived = tvxconv::canReadAnalysisProfile(keptFile) || haveSameBytes(keptFile, newFile);
             }
@@ -200,7 +200,7 @@ NotCarried putBackWhatIsMissing(tvxconv::DraftelProjectConverter& converter, Kep
             result.stuck.push_back(kept.oldPath(oldFile));
             continue;
         }
-        // A link to elsewhere can only be compared from its own place. And where the new path is a link, it
+        // A link to another folder can only be compared at its own path. And if the new path is a link, it
         // may lead to the old file itself, which is then the only one.
         if (isByteCopy(oldFile) && !fsutil::isSameFile(oldFile, newFile) && haveSameBytes(oldFile, newFile) &&
             platform::removeFile(oldFile.c_str()) == 0) {

@@ -9,13 +9,13 @@ namespace platform = tvxconv::platform;
 
 namespace {
 
-// Set when the user asks the program to end. While the conversion runs, that also stops its work on
-// files; afterwards the program sees to it that the old files are in order, which must not be cut short.
+// Set when the user asks the program to end. During the conversion this also stops its work on files.
+// Afterwards the program restores the old files, which must not be stopped.
 std::atomic<bool> interrupted{false};
 enum class Work { other, converting, stopping, stopped };
 std::atomic<Work> work{Work::other};
 
-// May run in the midst of things, in any thread.
+// May be called from a signal handler, on any thread.
 void noteInterrupt() {
     interrupted = true;
     Work expected = Work::converting;
@@ -36,7 +36,7 @@ bool wasInterrupted() {
 
 Interruptible::Interruptible() {
     work = Work::converting;
-    // Asked to end before there was work to stop.
+    // The user may have asked before this.
     if (interrupted) noteInterrupt();
 }
 

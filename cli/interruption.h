@@ -1,17 +1,17 @@
 // interruption.h
 //
-// What happens when the user asks the program to end: a conversion that runs stops its work on files and
-// returns, and what has to be put in order afterwards is not cut short.
+// Handles the user's request to end the program: a running conversion stops its work on files and returns,
+// but the cleaning up after it is not stopped.
 
 #pragma once
 
-// From now on the program notices when it is asked to end.
+// Starts watching for requests to end the program.
 void watchForInterrupts();
 
-// Whether it has been.
+// Whether there was one.
 bool wasInterrupted();
 
-// Lets interrupts stop the work on files as long as the object lives.
+// While the object exists, an interrupt stops the work on files.
 class Interruptible {
 public:
     Interruptible();

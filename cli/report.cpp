@@ -5,13 +5,13 @@
 
 namespace {
 
-// Paths are bytes; JSON is UTF-8. What is no UTF-8 is shown as a replacement character.
+// Paths are bytes; JSON is UTF-8. Bytes that are not UTF-8 become a replacement character.
 std::string dump(const nlohmann::ordered_json& value) {
     return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 // Standard output, written in large pieces: the listing of a library may have a line for each of very many
-// files, and is nowhere held as a whole once more.
+// files, and no second copy of it is kept.
 class Output {
 public:
     void add(std::string_view text) {
@@ -20,7 +20,7 @@ public:
         if (text_.size() >= kPiece) write();
     }
 
-    // Whether all of it has been written.
+    // Writes the rest. Returns whether all was written.
     bool end() {
         write();
         std::cout.flush();
@@ -38,7 +38,7 @@ private:
     std::string text_;
 };
 
-// A member of the object, with what stands before it.
+// Writes a member of the object, after the text `before`.
 void addMember(Output& output, const char* before, const char* key, const nlohmann::ordered_json& value) {
     output.add(before);
     output.add(dump(key));

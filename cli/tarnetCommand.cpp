@@ -21,7 +21,7 @@ namespace platform = tvxconv::platform;
 
 namespace {
 
-// What became of the cells that a run was to convert.
+// The result for the cells that a run was to convert.
 struct Outcome {
     struct Failure {
         std::string cell;
@@ -54,9 +54,9 @@ std::string folderOfCell(const TarnetOptions& options, const std::string& cell) 
     return options.library + "/" + cell;
 }
 
-// "Converting LIBRARY: 3 of 12 cells, 70 files". Cells are converted one after the other and marked at their
-// end, so the disk tells how far the conversion is. It is asked by way of the standard library, as this runs
-// beside the conversion.
+// "Converting LIBRARY: 3 of 12 cells, 70 files". Cells are converted one after the other and marked at
+// their end, so the disk shows the progress. Read it through the standard library, as this runs in another
+// thread than the conversion.
 class CellCount {
 public:
     CellCount(const TarnetOptions& options, const LibraryInspection& inspection)
@@ -86,8 +86,8 @@ std::string withCode(const std::string& message, int code) {
     return message + " (error " + std::to_string(code) + ")";
 }
 
-// The first error of each cell, by the cell's name. An error belongs to the cell in which the file lies that
-// its message names first.
+// The first error of each cell, by the cell's name. An error belongs to the cell of the file that its
+// message names first.
 using ErrorsOfCells = std::map<std::string, std::string>;
 
 void convert(const TarnetOptions& options, const LibraryInspection& inspection,
@@ -111,12 +111,12 @@ void convert(const TarnetOptions& options, const LibraryInspection& inspection,
     for (const std::string& cell : inspection.toConvert) removeUnfinishedMark(options.library, cell);
 }
 
-// Whether the last error is about a file of the cell: its message names that first.
+// Whether the last error is about a file of the cell: its message names that file first.
 bool isNamedIn(const LibraryResult& result, const std::string& cellFolder) {
     return result.errorCode != 0 && result.errorMessage.find("\"" + cellFolder + "/") != std::string::npos;
 }
 
-// The cell that a run ended at: of those that are not marked the one that the last error names, else the
+// The cell that ended the run: among the cells without a mark the one that the last error names, else the
 // first.
 std::string lastCell(const TarnetOptions& options, const LibraryInspection& inspection,
                      const LibraryResult& result) {
@@ -130,7 +130,7 @@ std::string lastCell(const TarnetOptions& options, const LibraryInspection& insp
     return first;
 }
 
-// Why the cell is not complete; empty when it is.
+// The reason why the cell is not complete; empty if it is.
 std::string failureOf(const std::string& cell, bool isMarked, const ErrorsOfCells& errors) {
     const auto error = errors.find(cell);
     if (error != errors.end()) return error->second;
@@ -182,7 +182,7 @@ void tellOutcome(const TarnetOptions& options, const LibraryInspection& inspecti
     tell(summary);
 }
 
-// Prints the new structure, and writes the report if there is to be one.
+// Prints the new structure, and writes the report if requested.
 int conclude(const TarnetOptions& options, ITarnetProjectConverter& converter, LibraryResult& result) {
     converter.getNewStructure(result.structure);
     if (options.report.empty()) return endWith(result, options, kConverted);
@@ -193,7 +193,7 @@ int conclude(const TarnetOptions& options, ITarnetProjectConverter& converter, L
     return endWith(result, options, kNotConverted);
 }
 
-// What the library needs and has not; empty when nothing is missing.
+// What is missing in the library; empty if nothing is.
 std::string refusal(const TarnetOptions& options) {
     std::string parent;
     std::string parentName;

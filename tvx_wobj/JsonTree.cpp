@@ -10,7 +10,7 @@ namespace {
 
 using Parser = nlohmann::ordered_json;
 
-// Takes what the parser finds, piece by piece, into a tree. Returning false ends the parsing.
+// Builds a tree from the pieces that the parser finds. Returning false ends the parsing.
 class TreeBuilder : public nlohmann::json_sax<Parser> {
 public:
     explicit TreeBuilder(JsonValue& root) : root_(root) {}
@@ -22,7 +22,7 @@ public:
 
     bool number_float(double, const std::string& spelling) override {
         std::string number = spelling;
-        // The parser puts the decimal point of the host's locale into the spelling.
+        // The parser uses the decimal point of the host's locale.
         for (char& c : number) {
             const bool isPlain = (c >= '0' && c <= '9') || c == '+' || c == '-' || c == 'e' || c == 'E';
             if (!isPlain) c = '.';
@@ -87,8 +87,8 @@ private:
     }
 
     JsonValue& root_;
-    // What is still open, outermost first. A list grows only while its last element is closed, so no
-    // pointer here goes stale.
+    // The values still open, outermost first. A list grows only while its last element is closed, so these
+    // pointers stay valid.
     std::vector<JsonValue*> open_;
 };
 
@@ -159,7 +159,7 @@ void appendValue(const JsonValue& value, std::size_t depth, std::string& out) {
     out += isObject ? '}' : ']';
 }
 
-// Reads to the end of an open file, which had `size` bytes when it was opened.
+// Reads to the end of an open file. `size` is its size when it was opened.
 int readAll(int descriptor, std::size_t size, std::string& bytes) {
     bytes.reserve(size + 1);
     char piece[65536];
@@ -170,7 +170,7 @@ int readAll(int descriptor, std::size_t size, std::string& bytes) {
     return count == 0 ? 0 : -1;
 }
 
-// Closes the descriptor on every way out.
+// Closes the descriptor, however the scope is left.
 class OpenFile {
 public:
     explicit OpenFile(int descriptor) : descriptor_(descriptor) {}
@@ -214,7 +214,7 @@ bool JsonValue::operator==(const JsonValue& other) const {
 }
 
 bool parseJson(std::string_view json, JsonValue& value) {
-    // The parser takes a zero byte for the end of the text; what follows would be lost.
+    // The parser takes a zero byte for the end of the text and would drop the rest.
     if (json.find('\0') != std::string_view::npos) return false;
     TreeBuilder builder(value);
     return Parser::sax_parse(json.begin(), json.end(), &builder);
@@ -247,7 +247,7 @@ std::string writeJson(const JsonValue& value) {
 bool toJsonText(const std::string& from, std::string& to) {
     if (!platform::toUtf8(from, to)) return false;
     try {
-        static_cast<void>(Parser(to).dump());  // refuses what is not UTF-8
+        static_cast<void>(Parser(to).dump());  // throws if it is not UTF-8
         return true;
     } catch (const Parser::type_error&) {
         return false;

@@ -10,7 +10,7 @@ namespace {
 
 using Kind = JsonValue::Kind;
 
-// In all checks a missing member is right.
+// In all checks a member may be missing.
 bool holdsTexts(const JsonValue& object, std::initializer_list<std::string_view> keys) {
     return std::all_of(keys.begin(), keys.end(), [&](std::string_view key) {
         const JsonValue* value = object.find(key);
@@ -54,7 +54,7 @@ bool isProject(const JsonValue& value) {
             holdsList(*simulation, "profiles", isProfile));
 }
 
-// A new file beside `path` that either takes its place or is gone when this object is.
+// A new file beside `path`. It replaces `path`, or is removed with this object.
 class Replacement {
 public:
     Replacement() = default;
@@ -65,7 +65,7 @@ public:
         try {
             if (descriptor_ != -1) platform::closeFile(descriptor_);
             if (!name_.empty()) platform::removeOpened(name_.c_str());
-        } catch (...) {  // out of memory: the file beside it stays, the caller's failure is reported
+        } catch (...) {  // no memory to remove the file: it stays, the failure is reported by the caller
         }
     }
 
@@ -94,24 +94,24 @@ private:
     int descriptor_ = -1;
 };
 
-// A project that was read, and the bytes of its file then.
+// A project and the bytes that it was read from.
 struct Seen {
     std::string bytes;
     JsonValue root;
 };
 
-// The last one: a conversion asks some 30 times in turn, and parsing a project of 1,000 profiles each time
-// would take longer than copying its files. The bytes are read and compared each time.
+// The last project read: a conversion reads it some 30 times in a row, and parsing a project of 1,000
+// profiles each time would take longer than copying its files. The bytes are read and compared each time.
 std::shared_ptr<const Seen> last;
 
-// A tree takes about five times the room of its text; a larger one is not kept between two calls.
+// A tree takes about five times the memory of its text; larger ones are not kept between calls.
 constexpr std::size_t kMostRemembered = std::size_t{4} * 1024 * 1024;
 
 }  // namespace
 
 int ProjectFile::read(const std::string& path) {
     path_ = path;
-    last = nullptr;  // about to be out of date, and the room of one tree is enough
+    last = nullptr;  // about to be outdated, and one tree in memory is enough
     platform::FileStatus status;
     const int error = readJsonFile(path, root, status);
     if (error != 0) return error;

@@ -1,7 +1,7 @@
 // ProjectFile.h
 //
-// One project file in memory: read and checked from end to end, changed by its user, put back in one
-// piece. The form of the file is in tvx_wobj.h.
+// One project file in memory: read and checked as a whole, changed by the caller, written as a whole. The
+// format is in tvx_wobj.h.
 
 #pragma once
 
@@ -19,9 +19,9 @@ public:
     // with `root` undefined. May throw std::bad_alloc.
     int read(const std::string& path);
 
-    // Puts `root` in the place of the file that was read; a file that the user may not write is left
-    // alone, and a symbolic link is followed. Returns 0, or non-zero with the file as it was. May throw
-    // std::bad_alloc, with the file as it was.
+    // Replaces the file that was read by `root`; a file that the user may not write is left alone, and a
+    // symbolic link is followed. Returns 0, or non-zero with the file unchanged. May throw std::bad_alloc,
+    // also with the file unchanged.
     int write() const;
 
     // The project. After `read`: an object whose members have the types that tvx_wobj.h shows.
@@ -32,9 +32,9 @@ private:
     unsigned permissions_ = 0;
 };
 
-// The project in the file, to look at: what ProjectFile::read makes of it. The last one is remembered and
-// handed out again (unless it is very large) while the file has the same bytes, so that a row of questions
-// costs one reading of the text. Returns 0, or non-zero with `root` null. May throw std::bad_alloc.
+// The project in the file, for reading only, as ProjectFile::read reads it. The last one is kept (unless it
+// is very large) and returned again while the file has the same bytes, so that several calls in a row parse
+// the text once. Returns 0, or non-zero with `root` null. May throw std::bad_alloc.
 int viewProject(const std::string& path, std::shared_ptr<const JsonValue>& root);
 
 }  // namespace tvxconv::wobj

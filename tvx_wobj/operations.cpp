@@ -41,13 +41,13 @@ bool toJsonTexts(const Strings& from, Strings& to) {
                        [&](const std::string& text) { return toJsonText(text, to.emplace_back()); });
 }
 
-// --- texts that are compared ---
+// --- comparing texts ---
 
 char foldCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// The form in which paths are equal when they differ only in case and in the kind of separator.
+// The form of a path for comparisons that ignore case and the kind of separator.
 std::string foldPath(std::string_view path) {
     std::string folded(path);
     for (char& c : folded) c = c == '\\' ? '/' : foldCase(c);
@@ -70,7 +70,7 @@ std::string fileNameOf(const std::string& path) {
     return separator == std::string::npos ? path : path.substr(separator + 1);
 }
 
-// --- members of an object, which may be missing ---
+// --- members of an object; they may be missing ---
 
 const std::string& textOf(const JsonValue& object, std::string_view key) {
     static const std::string none;
@@ -78,7 +78,7 @@ const std::string& textOf(const JsonValue& object, std::string_view key) {
     return value == nullptr ? none : value->text;
 }
 
-// Whether that changed anything. A missing text reads as the empty one, so it is not added to say the same.
+// Returns whether that changed anything. A missing text reads as the empty one, so an empty one is not added.
 bool setText(JsonValue& object, std::string_view key, const std::string& text) {
     if (textOf(object, key) == text) return false;
     JsonValue* value = object.find(key);
@@ -125,7 +125,8 @@ JsonValue newEntry(const std::string& itemType, const std::string& path) {
     return entry;
 }
 
-// Whether that changed anything. The display name is the user's own as long as the file name is the old one.
+// Returns whether that changed anything. The display name stays the user's while the file name stays the
+// same.
 bool setPath(JsonValue& entry, const std::string& path) {
     const std::string oldFileName = fileNameOf(textOf(entry, "path"));
     const std::string fileName = fileNameOf(path);
@@ -134,7 +135,7 @@ bool setPath(JsonValue& entry, const std::string& path) {
     return changed;
 }
 
-// Whether that changed anything, here and below.
+// Returns whether that changed anything, here or below.
 bool replaceEntries(std::vector<JsonValue>& entries, const std::string& itemType, const Strings& paths) {
     bool changed = false;
     std::size_t next = 0;
@@ -174,12 +175,12 @@ bool addEntries(std::vector<JsonValue>& entries, const std::string& itemType, co
     return changed;
 }
 
-// --- what the two forms of each function share ---
+// --- shared by the two forms of each function ---
 
-// A way to a folder: its name, then perhaps that of a sub-folder.
+// The path to a folder: its name, and possibly that of a sub-folder.
 using FolderPath = Strings;
 
-// The list of a folder's entries; null when the folder or the list is not there.
+// The list of a folder's entries; null if the folder or the list does not exist.
 const JsonValue* entriesOf(const JsonValue& root, const FolderPath& folderPath) {
     const JsonValue* folder = &root;
     for (const std::string& name : folderPath) {
@@ -205,7 +206,7 @@ int readEntries(const std::string& project, const FolderPath& folderPath, String
             if (!fromJsonText(textOf(entry, keys[i]), found[i].emplace_back())) return kFailed;
         }
     }
-    // Nothing can fail any more: the outputs are filled all together or not at all.
+    // Nothing can fail from here on, so either all outputs are filled or none.
     names.swap(found[0]);
     paths.swap(found[1]);
     if (types != nullptr) types->swap(found[2]);
@@ -252,7 +253,7 @@ int writeEntries(const std::string& project, const FolderPath& folderPath, const
 
 // --- simulation profiles ---
 
-// The profiles of a project by folded name and schematic; those that share both in file order.
+// The profiles of a project by folded name and schematic; those with the same key in file order.
 using ProfileIndex = std::multimap<std::pair<std::string, std::string>, const JsonValue*>;
 
 std::vector<JsonValue> makeProfiles(const std::vector<JsonValue>& oldProfiles, const Strings& paths,

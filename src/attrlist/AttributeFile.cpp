@@ -24,7 +24,7 @@ const char* nameOfType(int type) {
     return type >= 0 && type < kCount ? kTypeNames[type] : "";
 }
 
-// Makes pools that get no memory throw: the library must not end the program of its host.
+// Makes pools throw when there is no memory: the library must not end the host's program.
 class ThrowWithoutMemory {
 public:
     ThrowWithoutMemory()
@@ -39,7 +39,7 @@ private:
 
 }  // namespace
 
-// The open file, with the text that was read from it but not used yet.
+// The open file, and the text read from it but not used yet.
 struct AttributeFile::Input {
     static constexpr std::size_t kBlockSize = 64 * 1024;
 

@@ -1,11 +1,11 @@
 // AttributeFile.h
 //
-// An attribute-list file as a document: the tree of its nodes, tied to one file on disk, with a type that the
-// head of the file names. Use it in this order: construct, open, read, close, change nodes and attributes,
-// write. A path is bytes in the code page of the host. Only plain files can be opened.
+// An attribute-list file as a document: the tree of its nodes, the file on disk and its type, which the
+// beginning of the file names. Use it in this order: construct, open, read, close, change nodes and
+// attributes, write. A path is bytes in the code page of the host. Only plain files can be opened.
 //
-// Errors are not reported: the functions return one of the statuses below, and the caller knows the message.
-// Without memory, open, read and write throw std::bad_alloc.
+// Errors are not reported: the functions return one of the statuses below, and the caller knows the
+// message. If there is no memory, open, read and write throw std::bad_alloc.
 
 #pragma once
 
@@ -25,12 +25,12 @@ enum AttributeFileStatus : int {
     kSyntaxError = 1008,     // read: the text is malformed, nothing was added to the tree
     kRead = 1009,            // read: done
     kNotOpen = 1010,         // read: no file is open
-    kReadUnknownType = 1011  // read: done, but the type is not one of the known
+    kReadUnknownType = 1011  // read: done, but the type is unknown
 };
 
 class AttributeFile : public AttributeNode {
 public:
-    // Types that the head of a file can name are 0 to 5; 6 is none.
+    // The types that a file can name are 0 to 5; 6 is none.
     static constexpr int kAnalysisProfile = 0;
     static constexpr int kUnknownType = 7;
 
@@ -67,8 +67,8 @@ public:
     const std::string& path() const { return path_; }
     bool isOpen() const { return input_ != nullptr; }
 
-    // When the file had last been changed as it was opened, in seconds since 1970, at most what 32 bits hold.
-    // 0x7FFFFFFF before a file was opened.
+    // When the file was last changed, as known when it was opened; in seconds since 1970, at most the
+    // largest value of 32 bits. 0x7FFFFFFF before a file was opened.
     std::int32_t modificationTime() const { return modificationTime_; }
 
 private:

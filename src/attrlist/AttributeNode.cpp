@@ -44,8 +44,8 @@ AttributeNode::AttributeNode(const char* name, AttributeNode* parent)
 
 AttributeNode::~AttributeNode() {
     leaveParent();
-    // Goes down to a node without children, deletes it and returns to its parent: no recursion, however deep
-    // the tree is, and no memory.
+    // Goes down to a node without children, deletes it and returns to its parent. This needs neither
+    // recursion, however deep the tree is, nor memory.
     AttributeNode* node = this;
     for (;;) {
         if (!node->children_.empty()) {
@@ -80,7 +80,7 @@ Attribute* AttributeNode::nextAttribute() {
     return nextAttribute_ < attributes_.size() ? attributes_[nextAttribute_++].get() : nullptr;
 }
 
-// The number of the first attribute of this key, or attributes_.size() if there is none.
+// The number of the first attribute with this key, or attributes_.size() if there is none.
 std::size_t AttributeNode::indexOf(const char* key) const {
     if (key == nullptr) return attributes_.size();
     const auto found = std::find_if(attributes_.begin(), attributes_.end(), [&](const auto& attribute) {
@@ -196,8 +196,8 @@ AttributeNode* AttributeNode::createNode(const char* name, AttributeNode* parent
     return createNode(name, parent, parent->root(), key);
 }
 
-// The same for a caller that knows the root and the qualified name of the parent: finding them takes longer
-// the deeper the parent is. `parentKey` comes back unchanged.
+// The same for a caller that knows the root and the parent's qualified name: the deeper the parent, the
+// longer it takes to find them. `parentKey` is unchanged afterwards.
 AttributeNode* AttributeNode::createNode(const char* name, AttributeNode* parent, AttributeNode* root,
                                          std::string& parentKey) {
     const std::size_t size = parentKey.size();

@@ -9,7 +9,7 @@
 namespace tvxconv::attrlist {
 namespace {
 
-// Not guarded against threads: the library has none.
+// Not protected against threads: the library has none.
 std::size_t inUse = 0;
 std::size_t mostInUse = 0;
 CellPool::OutOfMemoryHandler outOfMemoryHandler = nullptr;
@@ -52,7 +52,7 @@ void* CellPool::allocateFromNewBlock(std::size_t bytes) {
     if (capacity == kBlockBytes || current_ == nullptr) {
         block->next = current_;
         current_ = block;
-    } else {  // a block of just one piece is full: the one in use stays first
+    } else {  // a block of one large piece is full, so the current one stays first
         block->next = current_->next;
         current_->next = block;
     }

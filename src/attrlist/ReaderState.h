@@ -1,6 +1,6 @@
 // ReaderState.h
 //
-// Attribute-list text as its reader takes it: character by character, with line and column.
+// Attribute-list text as the reader takes it: character by character, with line and column.
 
 #pragma once
 
@@ -17,8 +17,8 @@ public:
     // Returns the next piece of the text, empty at the end. It stays valid until the next call.
     using NextBlock = std::function<std::string_view()>;
 
-    // Reads a stream with fgetc and ungetc, so that it always stands right after the last character taken.
-    // The stream must outlive the state.
+    // Reads a stream with fgetc and ungetc, so that the stream is always right after the last character
+    // taken. The stream must outlive the state.
     explicit ReaderState(std::FILE* stream);
 
     // Reads the blocks that `nextBlock` returns.
@@ -36,13 +36,13 @@ public:
     // Puts back the character that get() has just returned (not EOF).
     void putBack();
 
-    // The current line, from 1; the characters taken of that line; the characters taken in all. After a line
-    // end was put back the column is 80 until the next get(): the length of that line is not known any more.
+    // The current line, from 1; the characters taken from that line; all characters taken. After a line end
+    // was put back the column is 80 until the next get(): the length of that line is no longer known.
     int line() const;
     int column() const;
     std::uint64_t count() const;
 
-    // The characters that can be taken without reading on, perhaps none; skip() takes the first of them.
+    // The characters that can be taken without reading on, possibly none; skip() takes the first of them.
     std::string_view ahead() const { return {at_, static_cast<std::size_t>(end_ - at_)}; }
     void skip(std::size_t characters) {
         tookBackLineEnd_ = false;
@@ -52,11 +52,11 @@ public:
 private:
     bool fill();
 
-    std::FILE* stream_ = nullptr;  // null where there is nextBlock_
+    std::FILE* stream_ = nullptr;  // null if there is nextBlock_
     NextBlock nextBlock_;
     char single_ = '\0';  // the block of a stream
-    const char* begin_;   // of the block
-    const char* at_;      // what comes next
+    const char* begin_;   // the beginning of the block
+    const char* at_;      // the next character
     const char* end_;
     bool tookBackLineEnd_ = false;
     int lineBefore_ = 1;  // the position at the beginning of the block

@@ -1,4 +1,4 @@
-// Asking cells, and building the tree from them.
+// Looking at cells, and building the tree from them.
 
 #include <charconv>
 #include <cstdint>
@@ -76,7 +76,7 @@ bool isPair(const ListCell* element) {
     return isAtom(first(element)) && isAtom(first(second)) && rest(second) == nullptr;
 }
 
-// A list with what is left of it, and the node that it fills.
+// A list with the part of it that is left, and the node that it fills.
 struct Level {
     const ListCell* next;
     AttributeNode* node;
@@ -87,7 +87,7 @@ struct Level {
 
 void buildTree(const ListCell* list, AttributeNode* node, NodeFactory factory) {
     AttributeNode* const root = node->root();
-    // The qualified name of the current node, extended on the way down: asking each node anew would take
+    // The qualified name of the current node, extended on the way down: asking each node for it would take
     // longer the deeper the tree is.
     std::string name;
     if (factory == nullptr) node->qualifiedName(name);

@@ -1,8 +1,8 @@
 // reader.h
 //
-// Reading attribute-list text: nested lists in parentheses of symbols, quoted strings and numbers. Each call
-// reads one expression into cells that are kept in a pool; buildTree makes nodes and attributes from them.
-// The format is described in docs/formats.md.
+// Reading attribute-list text: nested lists in parentheses, made of symbols, quoted strings and numbers.
+// Each call reads one expression into cells that a pool owns; buildTree makes nodes and attributes from
+// them. The format is described in docs/formats.md.
 //
 // Characters are classified as in the "C" locale, whatever locale the host has set. Nesting takes memory, but
 // no call stack. Texts are zero-terminated: a NUL in a quoted string ends its text, and the rest up to the
@@ -18,7 +18,7 @@
 
 namespace tvxconv::attrlist {
 
-// A token, or a link of a list. It is owned by its pool.
+// A token, or a link of a list. Its pool owns it.
 struct ListCell;
 
 // Reads one expression from the current position of the stream.
@@ -37,10 +37,10 @@ ListCell* readExpression(std::FILE* stream, int& line, int& column, const char*&
 // The same for a state that the caller keeps for the next expression.
 ListCell* readExpression(ReaderState& input, const char*& error, CellPool& pool);
 
-// --- asking cells; null is allowed everywhere ---
+// --- looking at cells; null is allowed everywhere ---
 
 // A list is a chain of links. first: the element, null in an empty list. rest: the next link, null at the
-// end. Both are null for a cell that is no link.
+// end. Both are null if the cell is not a link.
 ListCell* first(const ListCell* cell);
 ListCell* rest(const ListCell* cell);
 
@@ -57,8 +57,9 @@ const char* stringText(const ListCell* cell);
 // The text of a symbol or string; null for anything else.
 const char* atomText(const ListCell* cell);
 
-// A number as text, in `buffer` (of 32 bytes): a whole number of 32 bits as "-7", any other as "%.8g" prints
-// it: "0.5", "1.2345679e+08". The text of a symbol or string is returned unchanged, and "" for anything else.
+// A number as text, written to `buffer` (of 32 bytes): a whole number of 32 bits as "-7", any other as
+// "%.8g" prints it: "0.5", "1.2345679e+08". The text of a symbol or string is returned unchanged; for
+// anything else "" is.
 const char* numberText(const ListCell* cell, char* buffer);
 
 // Adds the elements of `list` to `node`. A list of two atoms is an attribute: (a 1). A number as its value

@@ -98,7 +98,7 @@ int ProjectConverter::setSourceDir(const std::string& path) {
 }
 
 bool ProjectConverter::InLowerCase::operator()(std::string_view a, std::string_view b) const {
-    // Most keys of a project begin alike. What is equal byte by byte needs no folding.
+    // Most keys of a project begin alike. Bytes that are equal need no folding.
     constexpr std::size_t kWord = 8;
     const std::size_t size = std::min(a.size(), b.size());
     std::size_t same = 0;

@@ -1,11 +1,11 @@
 // ProjectConverter.h
 //
-// What every conversion needs to know: its mode, the project and its folders, the destination, and
-// the table of moves that says where each file went. The two converters derive from it; the exported
-// interfaces hand their calls on to its virtual operations.
+// What every conversion needs: its mode, the project and its folders, the destination, and the table of
+// moves, which says where each file went. The two converters derive from this class; the exported
+// interfaces pass their calls to its virtual operations.
 //
-// Paths are kept with "/" whatever slash they were given with. An object serves one conversion:
-// nothing is reset between calls.
+// Paths are kept with "/" whichever slash they were given with. An object serves one conversion: nothing is
+// reset between calls.
 
 #pragma once
 
@@ -26,15 +26,15 @@ public:
     ProjectConverter(const ProjectConverter&) = delete;
     ProjectConverter& operator=(const ProjectConverter&) = delete;
 
-    // The face of a converter, overridden by each kind; here they do nothing and return 0.
+    // The operations of a converter, overridden by each kind; here they do nothing and return 0.
     virtual int convert(int mode, const std::string& path);
     virtual int getNewStructure(std::vector<std::string>& lines);
     virtual int writeReport(const std::vector<std::string>& lines, const std::string& reportPath);
     virtual int getLastErrorCode(int& code);
     virtual int getLastErrorMessage(std::string& message);
 
-    // Setters return 0. Getters return 0, or 1 while the value is unset (with an empty text; a mode
-    // stays as the caller had it). A mode of 0 and an empty destination or source folder are ignored.
+    // Setters return 0. Getters return 0, or 1 while the value is unset (then a text becomes empty and a
+    // mode stays unchanged). A mode of 0 and an empty destination or source folder are ignored.
     int setMode(int mode);
     int getMode(int& mode) const;
     int setDesignName(const std::string& name);
@@ -49,36 +49,36 @@ public:
     int getDestinationDir(std::string& path) const;
     int setSourceDir(const std::string& path);
 
-    // The same as they are, empty (0 for the mode) while unset.
+    // The same by value or reference: empty (0 for the mode) while unset.
     int mode() const { return mode_; }
     const std::string& designName() const { return designName_; }
     const std::string& projectPath() const { return projectPath_; }
     const std::string& projectDir() const { return projectDir_; }
     const std::string& destinationDir() const { return destinationDir_; }
 
-    // The table of moves, from a file's old path to its new one. Paths are handed out in lower case, with the
-    // separators they have, and letter case does not count when one is looked up. The first entry of an old
-    // path stays; a later one is ignored.
+    // The table of moves, from a file's old path to its new one. Paths are returned in lower case, with the
+    // separators they were entered with; look-ups ignore letter case. The first entry for an old path
+    // stays; a later one is ignored.
     int addRelocation(const std::string& oldPath, const std::string& newPath);
-    // Returns 0, or 1 with `newPath` empty when no move is recorded.
+    // Returns 0, or 1 with `newPath` empty if no move is recorded.
     int findRelocation(const std::string& oldPath, std::string& newPath) const;
-    // The form in which the old path of a move is entered and looked up: relative to the project folder where
-    // it lies below it, else as it is.
+    // The form in which the old path of a move is entered and looked up: relative to the project folder if
+    // it is below it, else unchanged.
     static std::string relocationKey(const std::string& oldPath, const std::string& projectDir);
-    // Walks the table in the byte order of the old paths. Return 0, or 1 with the outputs untouched at
-    // the end and in an empty table.
+    // Walks the table in the byte order of the old paths. Return 0, or 1 with the outputs unchanged at the
+    // end and for an empty table.
     int firstRelocation(std::string& oldPath, std::string& newPath);
     int nextRelocation(std::string& oldPath, std::string& newPath);
-    // addRelocation for a file by the path that it was found under, which is kept for forEachOldFile. The old
-    // path is entered by relocationKey.
+    // addRelocation for a file by the path that it was found under, which is kept for forEachOldFile. The
+    // old path is entered in the form of relocationKey.
     int addMove(const std::string& oldFile, const std::string& newPath);
-    // The old files in the same order: those of addMove as they were given, others by their old paths,
-    // relative ones seen from the project folder. Ends at the first status other than 0 of `visit`, and
-    // returns it.
+    // Visits the old files in the same order: those of addMove by the path given there, others by their old
+    // paths, relative ones taken from the project folder. Stops at the first status of `visit` other than 0
+    // and returns it.
     int forEachOldFile(const std::function<int(const std::string& file, bool isOfProject)>& visit) const;
 
 protected:
-    // Hands a text out as the getters do: 0, or 1 and an empty output while it is empty.
+    // Copies a text out as the getters do: 0, or 1 and an empty output if it is empty.
     static int readField(const std::string& field, std::string& out);
 
 private:
@@ -86,7 +86,7 @@ private:
         using is_transparent = void;
         bool operator()(std::string_view a, std::string_view b) const;
     };
-    // There may be hundreds of thousands of moves, and none is ever taken back, so they share large blocks of
+    // There may be hundreds of thousands of moves, and none is ever removed, so they share large blocks of
     // memory. Keys as spelled, values in lower case.
     using Relocations = std::pmr::map<std::string_view, std::string_view, InLowerCase>;
 
@@ -104,8 +104,8 @@ private:
     std::pmr::monotonic_buffer_resource relocationMemory_;
     Relocations relocations_{&relocationMemory_};
     Relocations::const_iterator cursor_ = relocations_.end();
-    // Files of addMove that are not where their keys lead: in a folder that differs in case from the
-    // project's.
+    // Files of addMove that are not where their keys lead: their folder differs from the project's only in
+    // case.
     std::map<std::string, std::string, InLowerCase> otherFiles_;
 };
 

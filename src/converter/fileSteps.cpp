@@ -6,7 +6,7 @@
 namespace tvxconv {
 
 int ensureDirectoryOrReport(const std::string& path) {
-    // Most are new, and making one tells at once whether it is.
+    // Most folders are new, and making one shows whether it is.
     constexpr int kMode = 0777;
     if (fsutil::isPathText(path) && fsutil::makeDirectory(path.c_str(), kMode) == 0) return 0;
     return fsutil::ensureDirectory(path) == 0 ? 0 : reportError(ERR_CREATE_DIRECTORY, path);

@@ -1,6 +1,6 @@
 // fileSteps.h
 //
-// File operations as steps of a conversion: done, or reported with the code that belongs to them.
+// File operations as steps of a conversion: they succeed or report the matching code.
 
 #pragma once
 
@@ -8,15 +8,14 @@
 
 namespace tvxconv {
 
-// Makes the folder, one level, if it is not there; one that is there must be writable. Returns 0 or
+// Makes the folder, one level, if it does not exist; an existing one must be writable. Returns 0 or
 // ERR_CREATE_DIRECTORY.
 int ensureDirectoryOrReport(const std::string& path);
 
 // Copies a file (fsutil::copyWholeFile). Returns 0 or ERR_COPY_FILE.
 int copyFileOrReport(const std::string& source, const std::string& destination);
 
-// The same for a file that may be absent: `isPresent` tells whether there was one, and 0 is returned
-// when not.
+// The same for a file that may be absent: `isPresent` tells whether it exists; if not, 0 is returned.
 int copyFileIfPresentOrReport(const std::string& source, const std::string& destination, bool& isPresent);
 
 }  // namespace tvxconv

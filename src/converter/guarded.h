@@ -1,12 +1,12 @@
 // guarded.h
 //
-// The last stop for exceptions: what the operations of the exported interfaces run inside.
+// The last stop for exceptions: the operations of the exported interfaces run inside it.
 
 #pragma once
 
 namespace tvxconv {
 
-// Runs an operation and returns its status; 1 where it throws, which only lack of memory makes it do.
+// Runs an operation and returns its status, or 1 if it throws, which happens only if memory runs out.
 template <class Operation>
 int guarded(Operation operation) noexcept {
     try {

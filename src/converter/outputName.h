@@ -1,7 +1,6 @@
 // outputName.h
 //
-// What the outputs of a profile are called in the new layout, of a Draftel project and of a Tarnet cell
-// alike.
+// The names of a profile's outputs in the new layout, for Draftel projects and Tarnet cells alike.
 
 #pragma once
 
@@ -9,12 +8,11 @@
 
 namespace tvxconv {
 
-// The extension of a profile's deck before it has moved.
+// The extension of a profile's deck in the old layout.
 constexpr const char* kOldDeckExtension = "sim.cir";
 
-// The extension under which an output of a profile goes into the profile's folder. Those that carried the
-// profile file's own extension lose it ("sim.cir" gives "cir"); all others stay as they are, in their own
-// letter case.
+// The extension of an output in the profile's folder. If the old one begins with the profile file's own
+// extension, that is dropped ("sim.cir" gives "cir"); all others stay unchanged, in their own letter case.
 std::string newOutputExtension(const std::string& extension);
 
 // The name of an output in the profile's folder, from its old extension.

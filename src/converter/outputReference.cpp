@@ -13,7 +13,7 @@ int relocateOutputValue(const ProjectConverter& converter, std::string& referenc
     if (written.isBare()) {
         const std::string name = fsutil::toForwardSlashes(value);
         if (fsutil::equalIgnoringCase(fsutil::baseNameOf(name), fileBase)) {
-            // Named after the profile file, it has come along into the profile's folder.
+            // It is named after the profile file, so it has moved to the profile's folder.
             const std::size_t dot = name.find('.');
             reference = profile + "." + (dot == std::string::npos ? std::string() : name.substr(dot + 1));
         } else {

@@ -1,6 +1,6 @@
 // report.h
 //
-// The report file that a host may have written after a conversion.
+// The report file that a host may request after a conversion.
 
 #pragma once
 
@@ -9,9 +9,9 @@
 
 namespace tvxconv {
 
-// Writes the lines under a heading to the file `path`, in the place of one that is there. Returns 0, or
-// ERR_OPEN_FOR_WRITING, which is reported, when it cannot be opened. A report that could be opened counts as
-// written; where it is not, the old one stays.
+// Writes the lines under a heading to the file `path`, replacing an existing one. Returns 0, or
+// ERR_OPEN_FOR_WRITING, which is reported, if it cannot be opened. A report that could be opened counts as
+// written; if writing it fails, the old one stays.
 int writeReportFile(const std::string& path, const std::vector<std::string>& lines);
 
 }  // namespace tvxconv

@@ -10,8 +10,8 @@ constexpr const char* kInclude = ".INC";
 constexpr const char* kStimulusLibrary = ".STMLIB";
 constexpr const char* kLibrary = ".LIB";
 
-// What a deck's directive may name, recognised by the extension in one of two spellings. The order is
-// that of the tests.
+// What a deck's directive may name, recognised by the extension in one of two spellings. They are tested in
+// the order of the table.
 enum class Target { netlist, file };
 struct DeckReference {
     const char* directive;

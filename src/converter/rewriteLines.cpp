@@ -16,7 +16,7 @@ int rewriteLinesIfPresent(const std::string& oldPath, const std::string& newPath
     fsutil::LineReader reader;
     isPresent = reader.open(oldPath) == 0;
     if (!isPresent) {
-        // A file that is there and cannot be opened now (too many are open, say) is not an absent one.
+        // A file that exists but cannot be opened now (too many are open, say) is not absent.
         isPresent = fsutil::isPresentFile(oldPath);
         return isPresent ? reportError(ERR_OPEN_FOR_READING, oldPath) : 0;
     }

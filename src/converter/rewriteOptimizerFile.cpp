@@ -8,7 +8,7 @@
 namespace tvxconv {
 namespace {
 
-// What follows the closing quote of the line's value, line end included.
+// The text after the closing quote of the line's value, line end included.
 std::string_view restOf(std::string_view line) {
     const std::size_t close = line.find('"', line.find('"') + 1);
     return close == std::string_view::npos ? fsutil::lineEndOf(line) : line.substr(close + 1);

@@ -1,7 +1,7 @@
 // rewriteOptimizerFile.h
 //
-// The frame of rewriting an optimizer file: lines of the form WORD "VALUE"REST, of which some name files.
-// Which words are looked at, and where the named files have gone, is for each kind of project to say.
+// The frame of rewriting an optimizer file: lines of the form WORD "VALUE"REST, some of which name files.
+// Each kind of project decides which words count and what becomes of the named files.
 
 #pragma once
 
@@ -11,27 +11,27 @@
 
 namespace tvxconv {
 
-// Makes the new value of a line from its old one. A status other than 0 leaves the line as it is.
+// Makes the new value of a line from its old one. A status other than 0 leaves the line unchanged.
 using ValueRewriter = std::function<int(std::string& newValue, const std::string& value)>;
 
-// A word whose value names a file if it contains `mark`, in just this letter case.
+// A word whose value names a file if it contains `mark`, in exactly this letter case.
 struct OptimizerLine {
     const char* word;
     const char* mark;
     ValueRewriter newValue;
 };
 
-// Words and marks for the files that optimizer files name: profile files, and design profiles.
+// Words and marks of the files that optimizer files name: profile files and design profiles.
 constexpr const char* kSimulationWord = "sim";
 constexpr const char* kSimulationMark = ".sim";
 constexpr const char* kExternalWord = "ext";
 constexpr const char* kExternalMark = ".mdp";
 
-// Writes the optimizer file at `oldPath` as `newPath`. Of a line with one of the words becomes
-//   WORD "NEW"REST   where `newValue` returns 0; REST has the line end, if there is one; without a closing
-//                    quote the line end is all of it
-//   the old line     where it returns anything else, and where the value is empty
-//   nothing          where the value lacks the mark, or there is no quote
+// Writes the optimizer file at `oldPath` as `newPath`. A line with one of the words becomes
+//   WORD "NEW"REST   if `newValue` returns 0; REST includes the line end, if there is one; without a closing
+//                    quote it is only the line end
+//   the old line     if it returns anything else, or the value is empty
+//   nothing          if the value lacks the mark, or there is no quote
 // Statuses as with rewriteLines.
 int rewriteOptimizerFile(const std::string& oldPath, const std::string& newPath,
                          std::span<const OptimizerLine> lines);

@@ -12,10 +12,10 @@
 namespace tvxconv {
 namespace {
 
-// References to the design and project give way to one to the netlist.
+// References to the design and project are replaced by one to the netlist.
 constexpr const char* kDesignReferences[] = {"DesignFile", "ProjectFile", "RootSchematics"};
 
-// "+" lines up to this number name files that follow the profile.
+// "+" lines up to this number name files that move with the profile.
 constexpr int kLastMovedEntry = 7;
 
 bool isDesignReference(std::string_view line) {
@@ -36,8 +36,8 @@ std::string keyLine(const char* key, const std::string& value) {
     return std::string(key) + "= \"" + value + "\" ";
 }
 
-// The whole number after the "+" of a line, blanks and a sign before it allowed; false without one, or
-// with one that no int holds.
+// The whole number after the "+" of a line, blanks and a sign before it allowed. False if there is none, or
+// it does not fit an int.
 bool entryNumber(std::string_view line, int& number) {
     const std::string text(line.substr(1));
     char* end = nullptr;
@@ -47,7 +47,7 @@ bool entryNumber(std::string_view line, int& number) {
     return true;
 }
 
-// Whether the line is one whose file follows the profile, and if so which.
+// Whether the file of this line moves with the profile, and which file that is.
 bool isMovedEntry(std::string_view line, const ProfileRules& rules, ListEntry& entry) {
     if (line.front() != '+' || !entryNumber(line, entry.number) || entry.number > kLastMovedEntry) {
         return false;

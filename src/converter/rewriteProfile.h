@@ -1,8 +1,8 @@
 // rewriteProfile.h
 //
-// The frame of rewriting a simulation profile file: lines of a key and a quoted value, which name the design,
-// the deck, the data and output files, and numbered "+" lines that name further files. Which keys are looked
-// at, and where the named files have gone, is for each kind of project to say.
+// The frame of rewriting a simulation profile file: lines of a key and a quoted value, which name the
+// design, the deck, the data and output files, and numbered "+" lines that name other files. Each kind of
+// project decides which keys count and what becomes of the named files.
 
 #pragma once
 
@@ -15,8 +15,8 @@
 
 namespace tvxconv {
 
-// A key whose value names a file of the profile. The value is recognised by one of two texts in it, which
-// unlike the key are looked for in just this letter case.
+// A key whose value names a file of the profile. The value is recognised by one of two texts in it; unlike
+// the key, they must match in exactly this letter case.
 enum class ProfileValue { profileFile, deck, output };
 struct ProfileKey {
     const char* key;
@@ -25,26 +25,26 @@ struct ProfileKey {
     ProfileValue value;
 };
 
-// A "+" line whose file is there and may follow its profile.
+// A "+" line whose file exists and may move with its profile.
 struct ListEntry {
     int number = 0;
     std::string file;  // absolute
     std::string name;  // without its folder
 };
 
-// The line that names the file of an entry beside the profile's outputs.
+// The line for an entry whose file is beside the profile's outputs.
 std::string listEntryLine(const ListEntry& entry);
 
 struct ProfileRules {
-    // What relative "+" lines are seen from.
+    // The folder that relative "+" lines start from.
     std::string folder;
-    // Named in the place of the design, the project and its schematics.
+    // Named instead of the design, the project and its schematics.
     std::string netlist;
-    // In the order of the tests.
+    // In the order in which they are tested.
     std::span<const ProfileKey> keys;
-    // What a recognised value becomes.
+    // Makes the new value from one that was recognised.
     std::function<std::string(ProfileValue kind, const std::string& oldValue)> newValue;
-    // Brings an entry's file along and writes what becomes of its line.
+    // Copies an entry's file and writes the line that replaces the old one.
     std::function<void(const ListEntry& entry, std::string_view line, fsutil::LineWriter& writer)> moveEntry;
 };
 

@@ -1,5 +1,5 @@
-// Rewriting the advanced-analysis profile of a schematic, an attribute-list file: the sections that name
-// simulation profiles by their old profile files name them as they are called now.
+// Rewriting the advanced-analysis profile of a schematic, an attribute-list file: some sections name
+// simulation profiles by their old profile files and get the new names.
 
 #include "draftel/analysisProfile.h"
 
@@ -22,10 +22,10 @@ using attrlist::Attribute;
 using attrlist::AttributeFile;
 using attrlist::AttributeNode;
 
-// Its attributes have names of profile files, without an extension, for keys.
+// The keys of its attributes are names of profile files, without an extension.
 constexpr const char* kProfiles = "Profiles";
 
-// The sections whose measurements name the profile they run on by its profile file.
+// The sections whose measurements name their profile by its profile file.
 constexpr const char* kAnalyses[] = {"Optimizer", "Sensitivity", "MonteCarlo"};
 constexpr const char* kMeasurements = "MEASUREMENTS";
 constexpr const char* kProfileOfMeasurement = "Profile";
@@ -43,7 +43,7 @@ void renameProfiles(AttributeNode& section, const DraftelProjectConverter& conve
     for (const Attribute* each = section.firstAttribute(); each != nullptr; each = section.nextAttribute()) {
         pairs.emplace_back(each->key(), each->value());
     }
-    // All are added anew, so that each keeps its place.
+    // All are added again, so that each keeps its place.
     section.removeAllAttributes();
     for (const auto& [key, value] : pairs) {
         std::string profile;
@@ -90,7 +90,7 @@ int DraftelProjectConverter::relocateAnalysisProfile(std::string& newPath, const
             renameProfilesOfMeasurements(*analysis, *this);
         }
     }
-    // Through a link the old file itself would be changed.
+    // Writing through a link would change the old file itself.
     const bool isWritten = !fsutil::isSameFile(source, target) &&
                            document.write(target.c_str()) == attrlist::kWritten && document.isWrittenWhole();
     return isWritten ? 0 : reportError(ERR_WRITE_FILE, target);

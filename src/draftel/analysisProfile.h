@@ -1,6 +1,6 @@
 // analysisProfile.h
 //
-// Asking about the advanced-analysis profile of a schematic.
+// Checking the advanced-analysis profile of a schematic.
 
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace tvxconv {
 
-// Whether a conversion can read the analysis profile at `path`: it can be opened, is well formed and tells a
-// known type. One that it cannot read it passes over without an error.
+// Whether a conversion can read the analysis profile at `path`: it can be opened, is well formed and has a
+// known type. A conversion skips one that it cannot read, without an error.
 bool canReadAnalysisProfile(const std::string& path);
 
 }  // namespace tvxconv

@@ -1,4 +1,4 @@
-// The driver: what a conversion does, in which order, and where it stops.
+// The driver: the steps of a conversion, their order, and which failures end it.
 
 #include "converter/fileSteps.h"
 #include "draftel/DraftelProjectConverter.h"
@@ -14,8 +14,8 @@ using namespace draftel;
 
 namespace {
 
-// Never deleted, though the table of moves has them: the design stays the user's, under an absolute
-// path in the table, and the old project file is the user's way back, under a relative one.
+// Never deleted, although they are in the table of moves: the design, recorded under an absolute path,
+// stays the user's, and the old project file, recorded under a relative one, is the user's way back.
 bool staysInPlace(const std::string& extension, bool isOfProject) {
     using fsutil::equalIgnoringCase;
     if (isOfProject) return equalIgnoringCase(extension, kProject);
@@ -53,7 +53,7 @@ int DraftelProjectConverter::runConversionSteps() {
     if (const int status = ensureDirectoryOrReport(simulationRoot()); status != 0) return status;
     if (const int status = readDesignInformation(); status != 0) return status;
     if (const int status = readRootSchematics(); status != 0) return status;
-    discoverProfiles();  // a project whose profiles cannot be listed still has its other files
+    discoverProfiles();  // a project whose profiles cannot be listed still has other files
     if (const int status = copyDesignLevelFiles(); status != 0) return status;
     if (const int status = relocateSchematics(); status != 0) return status;
     return updateProjectFiles();

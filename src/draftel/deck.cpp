@@ -1,4 +1,4 @@
-// The deck of a profile, a text for the circuit simulator with directives that name further files.
+// The deck of a profile: text for the circuit simulator with directives that name other files.
 
 #include "converter/rewriteDeck.h"
 #include "draftel/DraftelProjectConverter.h"
@@ -13,8 +13,8 @@ using namespace draftel;
 
 namespace {
 
-// The path of a moved file, recorded relative to the destination, as seen from a profile's folder: two
-// levels below the simulation root, three below the destination.
+// The path of a moved file relative to a profile's folder, which is two levels below the simulation root
+// and three below the destination. `recordedPath` is relative to the destination.
 std::string seenFromProfileFolder(const std::string& recordedPath, const std::string& designName) {
     const std::string place = recordedPath.substr(recordedPath.starts_with("./") ? 2 : 0);
     const std::size_t slash = place.find('/');
@@ -49,7 +49,7 @@ int DraftelProjectConverter::resolveIncludeReference(const std::string& baseFold
     const fsutil::Reference written(value);
     reference.clear();
     std::string recorded;
-    // Looked up by its name alone: the flat layout has all moved files in one folder.
+    // Looked up by its name alone: in the flat layout all files that move are in one folder.
     if (written.isRelative() && !written.goesUp() &&
         findRelocation("./" + written.fileName(), recorded) == 0) {
         const fsutil::Reference moved(recorded);

@@ -1,5 +1,5 @@
-// What a conversion learns before it moves anything: the design file and its root schematics. The simulation
-// profiles are found in profileRecords.cpp.
+// What a conversion finds out before it moves anything: the design file and its root schematics. The
+// simulation profiles are found in profileRecords.cpp.
 
 #include "draftel/DraftelProjectConverter.h"
 #include "draftel/layout.h"
@@ -20,7 +20,7 @@ namespace {
 constexpr const char* kDesignReader = "DraDsnReader";
 constexpr const char* kDesignReaderEntry = "getDsnInfo";
 
-// Where the design file lies that the project file calls `entry`. False when that cannot be told.
+// Finds the path of the design file that the project file calls `entry`. False if it cannot be resolved.
 bool locateDesignFile(const std::string& entry, const std::string& projectDir, std::string& path) {
     const fsutil::Reference reference(entry);
     if (!reference.resolve(projectDir, path)) return false;
@@ -47,7 +47,7 @@ int DraftelProjectConverter::readDesignInformation() {
             setDesignFileBaseName(base);
             return 0;
         }
-        break;  // the first design is the project's; another one further down is not its stand-in
+        break;  // the first design is the project's; a later one does not replace it
     }
     return reportError(ERR_READ_FILE, projectPath());
 }

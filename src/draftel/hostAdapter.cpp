@@ -1,5 +1,5 @@
-// The operations of IDraftelProjectConverter: the host's strings in, the converter's operation, the
-// host's strings out.
+// The operations of IDraftelProjectConverter: they convert the host's strings, call the converter's
+// operation, and convert the result back.
 
 #include <utility>
 
@@ -30,7 +30,7 @@ int DraftelProjectConverter::getNewStructure(CStringArray& lines) {
         const int status = getNewStructure(listing);
         if (status != 0) return status;
         for (std::string& line : listing) {
-            const std::string text = std::move(line);  // gone from one list before it is in the other
+            const std::string text = std::move(line);  // leaves one list before it enters the other
             if (!text.empty()) lines.SetAtGrow(lines.GetSize(), hostString(text));
         }
         return 0;

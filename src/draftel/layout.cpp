@@ -56,8 +56,8 @@ std::string oldSchematicFile(const std::string& projectDir, const std::string& d
     return stem + (isMarker ? "-" : ".") + extension;
 }
 
-// The folder tells the design and the kind of a file; the part properties keep apart from those of the
-// design.
+// The folder shows the design and the kind of a file, so neither is in the name, except that the part
+// properties need a name other than the design's.
 std::string newSchematicFileName(const std::string& schematic, const std::string& extension) {
     if (equalIgnoringCase(extension, kDefaultMarker)) return schematic + "-" + kDefaultMarker;
     if (equalIgnoringCase(extension, kPartProperties)) return schematic + "_sch." + kPartProperties;

@@ -1,8 +1,8 @@
 // layout.h
 //
-// The old and the new layout of a Draftel project: what files are called in each, which are rewritten on the
-// way, and which entries of a project file name files. Whoever has to know a name of either layout asks here.
-// Extensions are without their leading "."; letter case does not count in them.
+// The old and the new layout of a Draftel project: the names of files in each, which files are rewritten,
+// and which entries of a project file name files. Code that needs a name of either layout asks here.
+// Extensions are without their leading "."; their letter case does not matter.
 
 #pragma once
 
@@ -16,8 +16,8 @@ namespace tvxconv::draftel {
 
 // --- extensions ---
 
-// Of "<design>.<extension>", "<design>-<schematic>.<extension>" and
-// "<design>-<schematic>-<profile>.<extension>", in the order in which a conversion walks them.
+// The extensions of "<design>.<extension>", "<design>-<schematic>.<extension>" and
+// "<design>-<schematic>-<profile>.<extension>", in the order in which a conversion goes through them.
 std::span<const char* const> designLevel();
 std::span<const char* const> schematicLevel();
 std::span<const char* const> profileLevel();
@@ -30,22 +30,22 @@ constexpr const char* kNetlist = "net";
 constexpr const char* kOptimizer = "opt";
 constexpr const char* kAnalysis = "aap";
 
-// Those of files whose new form is another text than the old one. All others are byte copies.
+// Extensions of files that are rewritten. All others are byte copies.
 constexpr const char* kRewritten[] = {kProfile, kNetlist, kOldDeckExtension, kOptimizer, kAnalysis, kProject};
 
 // --- names ---
 
-// Where a file of a schematic is in the old layout: default markers lie with the project, all others with the
-// design.
+// The path of a schematic's file in the old layout: default markers are in the project's folder, all others
+// in the design's.
 std::string oldSchematicFile(const std::string& projectDir, const std::string& designDir,
                              const std::string& designBase, const std::string& schematic,
                              const std::string& extension);
-// What it is called in the schematic's folder.
+// Its name in the schematic's folder.
 std::string newSchematicFileName(const std::string& schematic, const std::string& extension);
-// The name of an output of a profile without its extension, with the "." before that.
+// The name of a profile's output without its extension, up to and including the "." before it.
 std::string oldOutputStem(const std::string& designBase, const std::string& schematic,
                           const std::string& profile);
-// What the folder of the new layout is called.
+// The name of the simulation root's folder in the new layout.
 std::string simulationRootName(const std::string& designName);
 
 // --- the project file ---
@@ -55,7 +55,7 @@ constexpr const char* kSimulatorFolder = "Tevrix Resources";
 constexpr const char* kOutputFolder = "Outputs";
 constexpr const char* kLibrarySubFolder = "Library";
 
-// The folders that an update walks, and pairs of a folder and a sub-folder.
+// The folders that an update goes through, and pairs of a folder and a sub-folder.
 struct SubFolder {
     const char* folder;
     const char* name;
@@ -63,8 +63,8 @@ struct SubFolder {
 std::span<const char* const> projectFolders();
 std::span<const SubFolder> projectSubFolders();
 
-// Entries that name files which a conversion moves or takes along: those in a folder, or in a sub-folder of
-// it (else ""), of one type and with one end of the path ("" for any).
+// Entries that name files which a conversion moves or copies: those in a folder, or in a sub-folder of it
+// (else ""), with one type and one end of the path ("" for any).
 struct FileEntries {
     const char* folder;
     const char* subFolder;
@@ -73,7 +73,7 @@ struct FileEntries {
 };
 constexpr const char* kDesignType = "Schematic Design";
 constexpr FileEntries kDesignEntries = {kDesignFolder, "", "", ".dsn"};
-// The lists of libraries. That of the design first; the others are the simulator's.
+// The lists of libraries: first the design's, then the simulator's.
 constexpr FileEntries kLibraryEntries[] = {
     {kDesignFolder, kLibrarySubFolder, "Schematic Library", ".olb"},
     {kSimulatorFolder, "Model Libraries", "TevrixLibrary", ""},
@@ -83,7 +83,7 @@ constexpr FileEntries kLibraryEntries[] = {
 // Whether all entries of the folder, or of the sub-folder, name such files.
 bool isUpdatedAsAWhole(const std::string& folder);
 bool isUpdatedAsAWhole(const std::string& folder, const std::string& subFolder);
-// All of these.
+// All the entries described above.
 std::vector<FileEntries> entriesThatNameFiles();
 
 }  // namespace tvxconv::draftel

@@ -1,6 +1,6 @@
-// The optimizer file of a schematic: lines of a word and a quoted value, some of which name profile files and
-// design profiles. The profile files are beside it afterwards, under their new names. A design profile that
-// it names without a folder comes along; one in a folder stays there and is named from the root.
+// The optimizer file of a schematic: lines of a word and a quoted value, some of which name profile files
+// and design profiles. Afterwards the profile files are beside it, under their new names. A design profile
+// named without a folder is copied; one in a folder stays there and gets its absolute path.
 
 #include "converter/fileSteps.h"
 #include "converter/rewriteOptimizerFile.h"

@@ -1,6 +1,6 @@
-// Rewriting a simulation profile file: lines of a key and a quoted value, which name the design, the
-// deck, the data and output files, and numbered "+" lines that name further files. The new file lies
-// beside the profile's folder, and names of moved files are written without a folder.
+// Rewriting a simulation profile file: lines of a key and a quoted value, which name the design, the deck,
+// the data and output files, and numbered "+" lines that name other files. The new file is beside the
+// profile's folder, and moved files are named without a folder.
 
 #include "converter/outputReference.h"
 #include "converter/rewriteProfile.h"
@@ -43,7 +43,7 @@ int DraftelProjectConverter::rewriteSimProfile(const std::string& fileBase, cons
         const bool made = relocateOutputReference(reference, value, projectDir(), fileBase, profile) == 0;
         return fsutil::toBackslashes(made ? reference : value);
     };
-    // A line whose file cannot be copied stays as it is.
+    // A line whose file cannot be copied stays unchanged.
     rules.moveEntry = [&](const ListEntry& entry, std::string_view line, fsutil::LineWriter& writer) {
         if (fsutil::copyWholeFile(entry.file, profileFolder + "/" + entry.name) == 0) {
             writer.writeInPlaceOf(line, listEntryLine(entry));

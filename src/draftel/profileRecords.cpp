@@ -19,7 +19,7 @@ void ProfileRecords::add(ProfileRecord record) {
     if (!isNew) return;
     try {
         records_.push_back(std::move(record));
-    } catch (...) {  // no memory: no record is half there
+    } catch (...) {  // no memory: do not leave half a record
         byFileBase_.erase(place);
         throw;
     }
@@ -54,7 +54,7 @@ int DraftelProjectConverter::readProfileNames(const std::string& fileBase, Profi
     const std::string path = oldProfileFile(fileBase);
     fsutil::LineReader reader;
     if (reader.open(path) != 0) {
-        // A file that is there and cannot be opened now (too many are open, say) is not an absent one.
+        // A file that exists but cannot be opened now (too many are open, say) is not absent.
         return fsutil::isPresentFile(path) ? reportError(ERR_OPEN_FOR_READING, path) : 0;
     }
     std::string_view line;

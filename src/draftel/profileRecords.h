@@ -1,7 +1,6 @@
 // profileRecords.h
 //
-// The simulation profiles of a project: which file each is described in, what it is called and which root
-// schematic it belongs to.
+// The simulation profiles of a project: the file that describes each, its name and its root schematic.
 
 #pragma once
 
@@ -12,7 +11,7 @@
 
 namespace tvxconv {
 
-// What a profile file says of itself, and the lines (from 1; 0 for none) that say it.
+// The names in a profile file, and the numbers (from 1; 0 for none) of their lines.
 struct ProfileNames {
     std::string schematic;
     std::string profile;
@@ -24,16 +23,16 @@ struct ProfileRecord {
     std::string fileBase;        // the profile file's name before its first "."
     std::string profile;         // its name
     std::string schematic;       // the root schematic
-    std::string registeredPath;  // the path under which the project file registers it
+    std::string registeredPath;  // its path in the project file
 };
 
-// The records in the order of adding. Letter case does not count when one is looked up.
+// The records in the order of adding. Look-ups ignore letter case.
 class ProfileRecords {
 public:
-    // The first record of a file base stays; a later one is ignored.
+    // The first record with a file base stays; a later one is ignored.
     void add(ProfileRecord record);
 
-    // Null when there is none.
+    // Null if there is none.
     const ProfileRecord* find(const std::string& fileBase) const;
 
     const std::vector<ProfileRecord>& all() const { return records_; }

@@ -1,6 +1,6 @@
-// The last step: the design, its backup and the project file go to the destination, and the entries of
-// the new project file are pointed at where the conversion has put their files. The project file is
-// read and written by the project-file library alone.
+// The last step: the design, its backup and the project file are copied to the destination, and the entries
+// of the new project file get the new paths of their files. Only the project-file library reads and writes
+// the project file.
 
 #include <functional>
 
@@ -35,7 +35,7 @@ struct Entries {
     Strings types;
 };
 
-// One update of a project file that has been copied to its new place.
+// One update of a project file that has been copied to its new path.
 class ProjectUpdate {
 public:
     ProjectUpdate(DraftelProjectConverter& converter, const std::string& sourceProject,
@@ -73,7 +73,7 @@ private:
     int updateLibraries() {
         for (const FileEntries& list : kLibraryEntries) {
             const bool isOfDesign = equalIgnoringCase(list.folder, kDesignFolder);
-            // The simulator's files are listed by one call, and their types told by another.
+            // One call lists the simulator's files, another returns their types.
             Strings names;
             Strings paths;
             if (!isOfDesign &&
@@ -96,7 +96,7 @@ private:
         return 0;
     }
 
-    // Only profiles that lie in the project's folder and have moved are registered in the new project.
+    // Only profiles that are in the project's folder and have moved are registered in the new project.
     int updateProfiles() {
         Strings registered;
         Strings names;
@@ -132,7 +132,7 @@ private:
 
     int updateOutputs() { return updateFolder(kOutputFolder); }
 
-    // The simulator's output file is another one now; the application finds it anew when this is empty.
+    // The simulator's output file has changed; the application finds the new one when this is empty.
     int clearOutputFileItem() {
         return written(tvx_wobj::writeItemToProject(project_, kDesignFolder, kOutputFileItem, "", true));
     }
@@ -188,7 +188,7 @@ private:
             tvx_wobj::updateInProjectFile(project_, folder, type, path, fsutil::toBackslashes(newPath)));
     }
 
-    // Relocates all entries and has them written type by type, in the order in which types first appear.
+    // Relocates all entries and writes them type by type, in the order in which the types first appear.
     int relocateByType(Entries& entries,
                        const std::function<int(const std::string& type, const Strings& paths)>& writeType) {
         if (const int status = relocateAll(entries.paths); status != 0) return status;
@@ -210,14 +210,14 @@ private:
         return 0;
     }
 
-    // Turns the path of an entry into the new path of its file. It stays as it is spelled when the file
-    // has not moved, or when it names the new place already. A file that has not moved, and that the
-    // new project would look for in another folder than the old one did, is copied there.
+    // Changes the path of an entry into the new path of its file. It keeps its spelling if the file has not
+    // moved, or if it already names the new path. A file that has not moved, but that the new project would
+    // look for in another folder than the old one did, is copied there.
     int relocate(std::string& entry) {
         const fsutil::Reference path(entry);
         std::string file;
         if (!path.resolve(oldFolder_, file)) return 0;
-        std::string named;  // by the entry, seen from the new project
+        std::string named;  // the path that the entry names, seen from the new project
         path.resolve(newFolder_, named);
         std::string newPath;
         if (findMove(file, newPath)) {
@@ -239,7 +239,7 @@ private:
                converter_.findRelocation(file, newPath) == 0;
     }
 
-    // --- the project-file library, its failures reported ---
+    // --- calls of the project-file library that report failures ---
 
     int read(const std::string& folder, Entries& entries) const {
         if (tvx_wobj::readProjectFileDirectly(project_, folder, entries.names, entries.paths,
@@ -311,7 +311,7 @@ int DraftelProjectConverter::updateProjectFiles() {
 
 int DraftelProjectConverter::updateProjectFile(const std::string& sourceProject,
                                                const std::string& newProject) {
-    // The update follows links. One from another folder to the old project gives way to a copy of it.
+    // The update follows links. A link in another folder to the old project is replaced by a copy.
     const bool isSameFolder =
         fsutil::isSameFile(fsutil::folderOf(sourceProject), fsutil::folderOf(newProject));
     if (!isSameFolder && fsutil::isSameFile(sourceProject, newProject) && fsutil::isLink(newProject) &&

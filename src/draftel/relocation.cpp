@@ -1,5 +1,5 @@
-// The relocation: folders for schematics and profiles, and the files that move without a change. Those that
-// are rewritten on the way have source files of their own beside this one.
+// The relocation: it makes folders for schematics and profiles, and moves the files that do not change.
+// Files that are rewritten have their own source files beside this one.
 
 #include "converter/fileSteps.h"
 #include "draftel/DraftelProjectConverter.h"
@@ -73,7 +73,7 @@ int DraftelProjectConverter::relocateProfileOutputs(const std::string& designBas
         const std::string oldPath = oldStem + extension;
         std::string newPath = profileFolder + "/" + newOutputName(profile, extension);
         bool isPresent = false;
-        // One output that cannot be written does not keep the others from following their profile.
+        // An output that cannot be written must not stop the profile's other outputs.
         if (fsutil::equalIgnoringCase(extension, kOldDeckExtension)) {
             isPresent = fsutil::isPresentFile(oldPath);
             if (isPresent) {

@@ -1,6 +1,6 @@
 // The files that belong to a schematic and to none of its profiles. Most are copied under a name made from
-// the schematic's alone; the optimizer file and the advanced-analysis profile are rewritten. The netlist and
-// the profile files have steps of their own.
+// the schematic's alone; the optimizer file and the advanced-analysis profile are rewritten. Other steps
+// handle the netlist and the profile files.
 
 #include "converter/fileSteps.h"
 #include "draftel/DraftelProjectConverter.h"
@@ -23,7 +23,7 @@ int DraftelProjectConverter::relocateSchematicFiles(const std::string& designBas
         const std::string oldPath =
             oldSchematicFile(projectDir(), designDir_, designBase, schematic, extension);
         if (!fsutil::isPresentFile(oldPath)) continue;
-        // One file that cannot be written does not keep the others from following their schematic.
+        // A file that cannot be written must not stop the schematic's other files.
         std::string newPath;
         if (equalIgnoringCase(extension, kOptimizer)) {
             rewriteOptimizerFile(newPath, oldPath, schematic, schematicFolder, extension);

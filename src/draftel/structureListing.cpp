@@ -1,4 +1,4 @@
-// What the project looks like after a conversion: the listing that a host shows, and the report file.
+// The project after a conversion: the listing that a host shows, and the report file.
 
 #include "converter/report.h"
 #include "converter/structure.h"

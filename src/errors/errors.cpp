@@ -88,7 +88,7 @@ int reportError(int code, const std::string& source, const std::string& destinat
     std::string message;
     int group = 0;
     getErrorMessage(message, group, code);
-    // From the back, so that a "%s" in a path is left alone. A path ends at its first NUL.
+    // From the end, so that a "%s" in a path is left alone. A path ends at its first NUL.
     const std::size_t last = message.rfind("%s");
     if (last != std::string::npos) {
         const std::size_t first = message.find("%s");

@@ -1,10 +1,10 @@
 // errors.h
 //
-// The codes and messages of everything that can go wrong in a conversion, and the store of the last
-// one. The texts are published: hosts show them as they stand.
+// The codes and messages of everything that can go wrong in a conversion, and the last error. The texts are
+// published: hosts show them unchanged.
 //
-// The store is process-wide, for one conversion at a time. It is written by reportError only, and a
-// success does not clear it: ask it after a status other than 0.
+// There is one last error in the process, for one conversion at a time. Only reportError and the setters
+// write it, and a success does not clear it: ask for it after a status other than 0.
 
 #pragma once
 
@@ -28,8 +28,8 @@ enum ErrorCode : int {
     ERR_DESTINATION_EXISTS = 10112,  // published, raised by nothing
 };
 
-// Finds the message of a code: entry `index` of `table`, whose texts stand for paths with "%s". `group`
-// is always 1, the only group there is. Returns 0, or 1 with `index` 0 for a code without a message.
+// Finds the message of a code: entry `index` of `table`. Its texts have "%s" in place of paths. `group` is
+// always 1, the only group. Returns 0, or 1 with `index` 0 for a code without a message.
 int lookupErrorMessage(const char* const*& table, int& group, int& index, int code);
 
 // The message of a code, its "%s" unfilled. Returns 0, or 1 with `text` empty for a code without one.
@@ -42,12 +42,12 @@ int setLastErrorMessage(const std::string& text);
 int getLastErrorMessage(std::string& text);
 
 // Records a failure: the code, and its message with the path filled in (source and destination for
-// ERR_COPY_FILE), cut at 1023 bytes. A code without a message records an empty text. Returns `code`,
-// for the caller to hand upward.
+// ERR_COPY_FILE), cut at 1023 bytes. A code without a message records an empty text. Returns `code`, so
+// that the caller can return it.
 int reportError(int code, const std::string& path);
 int reportError(int code, const std::string& source, const std::string& destination);
 
-// Has `observer` called with each error as it is recorded; empty: nobody.
+// Calls `observer` with each error as it is recorded. An empty observer ends this.
 using ErrorObserver = std::function<void(int code, const std::string& message)>;
 void observeErrors(ErrorObserver observer);
 

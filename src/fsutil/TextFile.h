@@ -1,7 +1,7 @@
 // TextFile.h
 //
-// A text file read in blocks of any size, for readers that do not go by lines (those that do: lines.h).
-// Nothing is translated except what the system's text mode translates.
+// A text file read in blocks of any size. To read line by line, see lines.h. Line ends are translated only
+// where the system's text mode does so.
 
 #pragma once
 
@@ -18,15 +18,15 @@ public:
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
 
-    // Opens the plain file at `path`; a file that was open is closed first. Returns 0, or 1 when it cannot be
+    // Opens the plain file at `path` and closes the one that was open. Returns 0, or 1 if it cannot be
     // opened (a folder never can).
     int open(const std::string& path);
 
-    // Reads up to `size` bytes into `buffer` and returns their number: 0 at the end of the file, when reading
-    // fails and when no file is open.
+    // Reads up to `size` bytes into `buffer` and returns their number: 0 at the end of the file, if reading
+    // fails, and if no file is open.
     std::size_t read(char* buffer, std::size_t size);
 
-    // When the file had last been changed as it was opened, in seconds since 1970.
+    // When the file was last changed, as known when it was opened; in seconds since 1970.
     std::int64_t modificationTime() const { return modificationTime_; }
 
     void close();

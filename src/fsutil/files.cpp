@@ -28,11 +28,11 @@ bool isSeparator(char byte) {
     return byte == '/' || byte == '\\';
 }
 
-// Copies what is left of one open file, `size` bytes when it was opened, to another: by the system where it
-// can, else in blocks.
+// Copies the rest of one open file to another: by a system call where that works, else in blocks. `size` is
+// the size of the file when it was opened.
 int copyOpenFiles(int from, int to, std::uint64_t size) {
     constexpr std::uint64_t kSystemStep = std::uint64_t{64} << 20;
-    // Asked for one byte more than the file had, the system tells by what it moves that the file ends there.
+    // Ask for one byte more than the file's size: getting fewer shows that the file ends there.
     for (std::uint64_t moved = 0; size != 0 && moved <= size;) {
         const std::uint64_t step = std::min(size + 1 - moved, kSystemStep);
         const std::int64_t got = platform::copySome(from, to, static_cast<std::size_t>(step));
@@ -54,7 +54,7 @@ int copyOpenFiles(int from, int to, std::uint64_t size) {
 struct SourceFile {
     int descriptor = -1;
     platform::FileStatus status;
-    int error;  // the last of the three: opening fills the others
+    int error;  // the result of opening; must come last, as opening fills the other two
 
     explicit SourceFile(const char* path)
         : error(platform::openForReading(path, platform::FileMode::binary, descriptor, &status)) {}
@@ -67,8 +67,8 @@ struct SourceFile {
 
 enum class Copied { whole, part, nothing };  // nothing: the destination is as it was
 
-// Copies an open source; `isWritable` tells whether the copy's owner may write to it. The source is open
-// first, so that no destination is emptied for a file that cannot be read.
+// Copies an open source. `isWritable` becomes true if the copy's owner may write to it. The source is
+// opened first, so that a destination is never emptied for a file that cannot be read.
 Copied copyContents(const SourceFile& source, const char* destination, bool& isWritable) {
     isWritable = false;
     if (source.descriptor == -1) return Copied::nothing;
@@ -80,7 +80,7 @@ Copied copyContents(const SourceFile& source, const char* destination, bool& isW
     }
     isWritable = (copyStatus.permissions & kOwnerMayWrite) != 0;
     bool isWhole = copyOpenFiles(source.descriptor, to, source.status.size) == 0;
-    // Not to be had for another user's file that was there before. It is a copy all the same.
+    // Fails for another user's file that was there before. The copy is good without it.
     if (isWhole) platform::setChangeTime(to, source.status);
     if (platform::closeFile(to) != 0) isWhole = false;
     return isWhole ? Copied::whole : Copied::part;
@@ -89,13 +89,13 @@ Copied copyContents(const SourceFile& source, const char* destination, bool& isW
 // What becomes of a copy that fails half-way.
 enum class Part { stays, isRemoved };
 
-// copyFile, the source being open if it can be.
+// copyFile for a source whose opening has been tried.
 int copyOpened(const SourceFile& file, const std::string& source, const std::string& destination, Part part) {
     bool isWritable = false;
     const Copied copied = copyContents(file, destination.c_str(), isWritable);
     if (copied == Copied::whole) {
-        // The process's mask may have taken the right to write. The conversions do not ask: with such a mask
-        // the folders that they make could not be filled.
+        // The process's mask may have removed the right to write. The conversions need not check: with such
+        // a mask they could not fill the folders that they make.
         const bool isSure = isWritable && part == Part::isRemoved;
         return isSure || platform::makeWritable(destination.c_str()) == 0 ? 0 : 1;
     }
@@ -142,7 +142,7 @@ int makeDirectory(const char* path, int /*mode*/) {
 int copyStream(const char* source, int descriptor) {
     const SourceFile file(source);
     platform::FileStatus target;
-    // A file appended to itself would never end.
+    // Appending a file to itself would never end.
     if (file.descriptor == -1 || platform::getStatus(descriptor, target) != 0) return -1;
     if (platform::isSameFile(file.status, target)) return -1;
     return copyOpenFiles(file.descriptor, descriptor, file.status.size);
@@ -248,7 +248,7 @@ int createDirectories(const std::string& path) {
         if (isThere || ensureDirectory(prefix) == 0) return 0;
         return reportError(ERR_CREATE_DIRECTORY, prefix);
     };
-    // The first component is a drive or the root and is there.
+    // The first component is a drive or the root, which exists.
     std::size_t slash = folder.find('/');
     while (slash != std::string::npos) {
         slash = folder.find('/', slash + 1);
@@ -274,7 +274,7 @@ int copyWholeFileIfPresent(const std::string& source, const std::string& destina
         return 0;
     }
     const SourceFile file(source.c_str());
-    // A file that is there and cannot be opened now (too many are open, say) is not an absent one.
+    // A file that exists but cannot be opened now (too many are open, say) is not absent.
     isPresent = file.descriptor != -1 || (file.error != ENOENT && isPresentFile(source));
     if (!isPresent) return 0;
     return isPathText(destination) ? copyOpened(file, source, destination, Part::isRemoved) : 1;

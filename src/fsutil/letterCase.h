@@ -1,7 +1,7 @@
 // letterCase.h
 //
-// Comparing names and keys without regard to the case of ASCII letters. All other bytes, those above
-// 127 among them, equal only themselves, whatever locale the host has set.
+// Comparing names and keys without regard to the case of ASCII letters. Every other byte, also above 127,
+// equals only itself, whatever locale the host has set.
 
 #pragma once
 

@@ -13,7 +13,7 @@ namespace tvxconv::fsutil {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
-constexpr unsigned kPermissions = 0666;  // less the process's mask
+constexpr unsigned kPermissions = 0666;  // minus the process's mask
 constexpr std::size_t kLeastBuffer = 4 * LineReader::kMostBytes;
 
 }  // namespace
@@ -37,7 +37,7 @@ int LineReader::open(const std::string& path) {
     if (platform::openForReading(path.c_str(), platform::FileMode::text, descriptor_, &status_) != 0) {
         return 1;
     }
-    // Most files fit into the buffer as a whole; with room for one byte more a single call finds the end.
+    // Most files fit into the buffer whole; with room for one byte more, a single call finds the end.
     const auto fits = static_cast<std::size_t>(std::min<std::uint64_t>(status_.size, kBufferSize)) + 1;
     const std::size_t size = std::max(fits, kLeastBuffer);
     if (size > bufferSize_) {
@@ -53,7 +53,7 @@ void LineReader::openMemory(std::string_view text) {
     rest_ = text;
 }
 
-// Moves what is left to the front of the buffer and reads on behind it.
+// Moves the unread bytes to the front of the buffer and reads more after them.
 bool LineReader::fill() {
     if (ended_) return false;
     if (!rest_.empty()) std::memmove(buffer_.get(), rest_.data(), rest_.size());
@@ -91,8 +91,8 @@ void LineReader::close() {
 
 LineWriter::~LineWriter() {
     try {
-        abandon();   // whoever leaves without closing did not come to the end
-    } catch (...) {  // no memory to remove it: it stays
+        abandon();   // a writer that was not closed did not finish
+    } catch (...) {  // no memory to remove the file: it stays
     }
 }
 
@@ -100,7 +100,7 @@ void LineWriter::begin() {
     close();
     failed_ = false;
     keepsPart_ = false;
-    buffer_.clear();  // what was written while no file was open
+    buffer_.clear();  // may hold text written while no file was open
 }
 
 int LineWriter::open(const std::string& path, const LineReader* source) {
@@ -131,14 +131,14 @@ int LineWriter::openReplacement(const std::string& path) {
     const unsigned permissions = isThere ? status.permissions : kPermissions;
     const int opened = platform::openTemporaryBeside(place.c_str(), platform::FileMode::text, permissions,
                                                      path_, descriptor_);
-    // A folder that takes no new names may have a file that can be written.
+    // A folder may refuse new names while a file in it can be written.
     const bool takesNoNames = opened == EACCES || opened == EPERM || opened == EROFS;
     if (opened != 0 && isThere && takesNoNames) {
         keepsPart_ = true;
         return openInPlace(place, nullptr);
     }
     if (opened != 0) return 1;
-    if (isThere) platform::setPermissions(path_.c_str(), permissions);  // those that the process's mask took
+    if (isThere) platform::setPermissions(path_.c_str(), permissions);  // some may be masked
     target_ = place;
     return 0;
 }
@@ -172,8 +172,8 @@ int LineWriter::close() {
     if (!failed_ && !target.empty()) {
         const int error = platform::replaceFile(path_.c_str(), target.c_str());
         isDone = error == 0;
-        // Another user's file in a folder of all, or one that is mounted, cannot be replaced but can be
-        // written.
+        // Some files can be written but not replaced: another user's in a shared folder with the sticky
+        // bit, or one that is a mount point.
         const bool mayBeWritten = error == EACCES || error == EPERM || error == EBUSY;
         if (!isDone) failed_ = !mayBeWritten || copyFileContents(path_.c_str(), target.c_str()) != 0;
     }
@@ -200,7 +200,7 @@ int scanQuotedValue(std::string_view line, std::string& value) {
     value.clear();
     const std::size_t open = line.find('"');
     if (line.empty() || open == std::string_view::npos || open + 1 == line.size()) {
-        // A pattern that skips at least one byte before the quote does not match a quote in front.
+        // The scanned pattern needs at least one byte before the quote.
         return !line.empty() && open == 0 ? 0 : EOF;
     }
     if (open == 0) return 0;

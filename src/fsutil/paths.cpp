@@ -14,12 +14,12 @@ constexpr const char* kSeparators = "/\\";
 constexpr std::string_view kMarkerExtension = "mrk";
 constexpr std::string_view kDefaultMarkerTail = "default.mrk";
 
-// Paths are compared without regard to letter case and to the kind of slash.
+// Equal ignoring letter case and the kind of slash.
 bool isSamePathByte(char a, char b) {
     return a == b || lowerCase(a == '\\' ? '/' : a) == lowerCase(b == '\\' ? '/' : b);
 }
 
-// Where the last "-" of a name is, if "default.mrk" follows it; else npos.
+// The position of the last "-" of a name if "default.mrk" follows it; else npos.
 std::size_t defaultMarkerDash(const std::string& name) {
     const std::size_t dash = name.rfind('-');
     if (dash == std::string::npos) return dash;

@@ -1,8 +1,8 @@
 // hostStrings.h
 //
-// The host framework's string and string array, as far as the Draftel interface uses them: a counted
-// byte string and a growable array of such strings, for hosts without that framework. Everything is
-// inline, so the library exports nothing of it.
+// The host framework's string and string array, as far as the Draftel interface uses them, for hosts
+// without that framework: a counted byte string and a growable array of such strings. Everything is inline,
+// so the library exports none of it.
 
 #pragma once
 
@@ -19,7 +19,7 @@ public:
     CString(const char* characters, int length)
         : text_(characters, static_cast<std::size_t>(length > 0 ? length : 0)) {}
 
-    // In characters, the closing NUL not counted.
+    // In characters, without the closing NUL.
     int GetLength() const { return static_cast<int>(text_.size()); }
     bool IsEmpty() const { return text_.empty(); }
 
@@ -43,7 +43,7 @@ public:
     const CString& operator[](int index) const { return strings_[static_cast<std::size_t>(index)]; }
     CString& operator[](int index) { return strings_[static_cast<std::size_t>(index)]; }
 
-    // Sets an element; an index behind the end makes the array long enough, with empty strings between.
+    // Sets an element; an index past the end makes the array long enough, with empty strings between.
     void SetAtGrow(int index, const CString& text) {
         const auto position = static_cast<std::size_t>(index);
         CString added = text;  // growing moves the elements, and the text may be one of them

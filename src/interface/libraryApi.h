@@ -1,7 +1,7 @@
 // libraryApi.h
 //
-// Marks what the library exports: exported while it is built, imported by those who use it, and
-// neither in the static library that programs of this project link.
+// Marks what the library exports: exported while it is built, imported by its users, and neither in the
+// static library that programs of this project link.
 
 #pragma once
 

@@ -1,8 +1,8 @@
 // export.h
 //
-// How a name leaves the library it is compiled into, and how it enters a program that uses that library.
-// A header with exported names says TVXCONV_EXPORT while its own library is built and TVXCONV_IMPORT for
-// everyone else. Everything not so marked stays hidden (the build compiles with hidden visibility).
+// Exporting names from a library and importing them into a program that uses it. A header with exported
+// names uses TVXCONV_EXPORT while its own library is built and TVXCONV_IMPORT otherwise. Every name not
+// marked so is hidden (the build compiles with hidden visibility).
 
 #pragma once
 

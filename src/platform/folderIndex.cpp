@@ -27,8 +27,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
                       [](char x, char y) { return foldCase(x) == foldCase(y); });
 }
 
-// The names of one folder, found ignoring case. They lie end to end in one text, each closed by a NUL, and a
-// hash table has their places: half the memory of a set of strings, which decides about the peak of a
+// The names of one folder, found ignoring case. One text holds them all, each with a NUL after it, and a
+// hash table holds their positions: half the memory of a set of strings, which decides the peak memory of a
 // conversion of 10,000 profiles.
 class Names {
 public:
@@ -65,7 +65,7 @@ private:
 
     std::string_view nameAt(std::uint32_t offset) const { return names_.data() + offset; }
 
-    // Where a search for the name begins, and goes on.
+    // The slot where the search for a name begins, and the slot after one.
     std::size_t begin(std::string_view name) const {
         std::uint64_t hash = 14695981039346656037U;
         for (const char byte : name) hash = (hash ^ foldCase(byte)) * 1099511628211U;
@@ -73,7 +73,7 @@ private:
     }
     std::size_t after(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
 
-    // Null when the name is not there in just this spelling.
+    // Null if there is no name in exactly this spelling.
     std::uint32_t* slotOf(std::string_view name) {
         for (std::size_t i = begin(name); slots_[i] != kFree; i = after(i)) {
             if (slots_[i] != kRemoved && nameAt(slots_[i]) == name) return &slots_[i];
@@ -102,8 +102,8 @@ private:
     std::size_t used_ = 0;  // slots that are not free, removed ones included
 };
 
-// A folder by the path that it was last asked for under, with a slash at its end (empty for the current
-// folder). Device and number tell whether two paths lead to one folder; the number is 0 until that is asked.
+// A folder under the path last used for it, with a slash at its end (empty for the current folder). Device
+// and number tell whether two paths lead to one folder; the number is 0 until it is looked up.
 struct Folder {
     std::string path;
     dev_t device = 0;
@@ -126,7 +126,7 @@ const char* asFolder(const std::string& prefix) {
 
 class FolderIndex {
 public:
-    // The folder of the prefix as spelled. Null, with the system's error, where it cannot be listed.
+    // The folder that `prefix` names, as spelled. Null, with the system's error, if it cannot be listed.
     const Folder* find(const std::string& prefix, int& error) {
         error = 0;
         if (const Folder* known = findKnown(prefix)) return known;
@@ -154,7 +154,7 @@ public:
         return &folder;
     }
 
-    // A folder that has just been made: nothing is in it.
+    // Adds a folder that has just been made: it is empty.
     void addEmpty(const std::string& prefix) {
         std::list<Folder> added(1);
         added.front().path = prefix;
@@ -171,8 +171,8 @@ public:
     void forgetAll() noexcept { folders_.clear(); }
 
 private:
-    // The folders of the profile and schematic under way, their parents and the old ones: many profiles must
-    // not fill the memory.
+    // Room for the folders of the current profile and schematic, their parents and the old ones. A limit,
+    // so that many profiles do not fill the memory.
     static constexpr std::size_t kMostFolders = 32;
 
     void addFront(std::list<Folder>& added) {
@@ -185,13 +185,13 @@ private:
         return &folders_.front();
     }
 
-    std::list<Folder> folders_;  // the one asked for last in front
+    std::list<Folder> folders_;  // the one used last is first
 };
 
 FolderIndex* remembered = nullptr;
 
-// "/a/b" and "/a/b/" are "/a/" and "b"; "b" is "" and "b". The folder keeps its slash, so that the
-// two put together again are the path.
+// Splits "/a/b" and "/a/b/" into "/a/" and "b"; "b" into "" and "b". The folder keeps its slash, so that
+// both parts together are the path.
 void splitPath(const std::string& path, std::string& folder, std::string& name) {
     std::size_t end = path.size();
     while (end > 1 && path[end - 1] == '/') --end;
@@ -203,8 +203,8 @@ void splitPath(const std::string& path, std::string& folder, std::string& name) 
 
 Spellings findIn(FolderIndex& index, const std::string& path);
 
-// The path of the folder that `prefix` (with a slash at its end, or empty) means, as spelled on disk, and
-// its names; null for one that may be entered but not listed. False when there is no such folder.
+// Finds the folder that `prefix` names (with a slash at its end, or empty): its path as spelled on disk,
+// and its names; null if it may be entered but not listed. False if there is no such folder.
 bool findFolder(FolderIndex& index, const std::string& prefix, std::string& actual, const Names*& names) {
     actual = prefix;
     names = nullptr;
@@ -232,7 +232,7 @@ Spellings findIn(FolderIndex& index, const std::string& path) {
     std::string folder;
     const Names* names = nullptr;
     if (name.empty() || !findFolder(index, prefix, folder, names)) return result;
-    // Slashes after the last component say that it is to be a folder.
+    // Slashes at the end mean that the path must be a folder: keep them.
     const std::string slashes = path.substr(prefix.size() + name.size());
     result.hasFolder = true;
     result.asAsked = folder + name + slashes;
@@ -246,8 +246,8 @@ Spellings findIn(FolderIndex& index, const std::string& path) {
     return result;
 }
 
-// The change is on disk and has to be answered for: where there is no memory to note it, the folders are
-// read again instead.
+// The change has been made on disk and must not be missed: without memory to note it, the folders are read
+// again instead.
 template <class Change>
 void noteChange(const std::string& path, Change change) noexcept {
     if (remembered == nullptr) return;
@@ -266,7 +266,7 @@ void noteChange(const std::string& path, Change change) noexcept {
 Spellings findSpellings(const std::string& path) {
     if (remembered != nullptr) {
         Spellings known = findIn(*remembered, path);
-        // A call on the path as asked tells by itself whether the index is right.
+        // A call on the path as asked shows by itself whether the index is right.
         if (known.isThereAsAsked || known.twin.empty()) return known;
         if (!isThere(known.asAsked) && isThere(known.twin)) return known;
         remembered->forgetAll();
@@ -286,7 +286,7 @@ bool isFolderKnown(const std::string& path) {
 
 void noteMade(const std::string& path) noexcept {
     noteChange(path, [](Names& names, const std::string& name) {
-        if (!names.has(name)) names.add(name);  // a dangling link was there already
+        if (!names.has(name)) names.add(name);  // a dangling link was known already
     });
 }
 

@@ -28,8 +28,8 @@ std::atomic<bool> stopped{false};
 std::atomic<std::uint64_t> filesOpenedForWriting{0};
 static_assert(std::atomic<bool>::is_always_lock_free, "stopFiles is called from a signal handler");
 
-// Makes a system call on the path as spelled and, when there is no such file, on the one that a
-// system without letter case would take. `call` returns -1 with errno set, as the calls do.
+// Makes a system call on the path as spelled and, if there is no such file, on the one that a system
+// ignoring letter case would use. `call` returns -1 with errno set, as system calls do.
 template <class Call>
 int onExisting(const char* path, Call call) {
     const int result = call(path);
@@ -40,8 +40,8 @@ int onExisting(const char* path, Call call) {
     return -1;
 }
 
-// Where a new entry called `path` belongs: under the name of its twin in another case if there is one, else
-// as spelled. As spelled, too, where there is no such folder.
+// The path for a new entry `path`: that of its twin in another case if there is one, else as spelled, also
+// if its folder does not exist.
 std::string placeForNew(const char* path) {
     const Spellings found = findSpellings(path);
     if (!found.hasFolder) return path;
@@ -49,7 +49,7 @@ std::string placeForNew(const char* path) {
     return existing.empty() ? found.asAsked : existing;
 }
 
-// The same for a path that is mostly there as spelled: that needs no look at the names of its folder.
+// The same for a path that usually exists as spelled: then the names of its folder are not needed.
 std::string placeIfThere(const char* path) {
     struct stat status {};
     return !isFolderKnown(path) && lstat(path, &status) == 0 ? path : placeForNew(path);
@@ -73,7 +73,7 @@ FileStatus statusFrom(const struct stat& status) {
     return result;
 }
 
-// A pipe without a partner would hold up a plain open for ever.
+// Without O_NONBLOCK, opening a pipe that has no partner would never return.
 constexpr int kOpenFlags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 int closeWith(int descriptor, int error) {
@@ -81,12 +81,12 @@ int closeWith(int descriptor, int error) {
     return error;
 }
 
-// Where the program or library lies that this code has become part of, with a slash at its end; empty
-// when that cannot be told.
+// The folder of the program or library that contains this code, with a slash at its end; empty if it cannot
+// be found out.
 std::string folderOfThisCode() {
     Dl_info self{};
     link_map* loaded = nullptr;
-    // The address is one of this module's own.
+    // `stopped` has an address in this module.
     if (dladdr1(&stopped, &self, reinterpret_cast<void**>(&loaded), RTLD_DL_LINKMAP) == 0) return {};
     std::string path;
     if (loaded != nullptr && loaded->l_name != nullptr && loaded->l_name[0] != '\0') {
@@ -100,8 +100,8 @@ std::string folderOfThisCode() {
     return path;
 }
 
-// Leaves the access time of the file alone: updating those of the old files is a tenth of the work where
-// there are many. Only the owner may ask for that.
+// Opens with O_NOATIME: updating the access times of the old files is a tenth of the work where there are
+// many. Only the owner may do that, so fall back.
 int openWithoutTrace(const char* path) {
     static bool mayAsk = true;
     if (mayAsk) {
@@ -172,7 +172,7 @@ std::string absolutePath(const std::string& path) {
     if (getcwd(folder, sizeof folder) == nullptr) return path;
     std::string result = folder;
     std::string_view rest = path;
-    // Leading dots are resolved here: the current folder has no links in it that ".." could go astray on.
+    // Resolve leading dots here: the path from getcwd has no links, so its end may be cut off for "..".
     for (;;) {
         const std::string_view step = rest.substr(0, rest.find('/'));
         if (!step.empty() && step != "." && step != "..") break;
@@ -268,9 +268,9 @@ int openForWriting(const char* path, FileMode, unsigned permissions, const FileS
             isNew = file != -1;
             if (!isNew && errno != EEXIST) return errno;
         }
-        // A file that is there is opened without the flag: some systems refuse it for another user's file.
+        // An existing file is opened without O_CREAT: some systems refuse that for another user's file.
         if (!isNew) file = open(actual.c_str(), O_WRONLY | kOpenFlags);
-        // A link that leads nowhere yet.
+        // A dangling link: make its target.
         if (file == -1 && errno == ENOENT) {
             file = open(actual.c_str(), O_WRONLY | O_CREAT | kOpenFlags, permissions);
         }
@@ -302,8 +302,8 @@ int openTemporaryBeside(const char* path, FileMode, unsigned permissions, std::s
     if (stopped) return ECANCELED;
     std::string place = placeIfThere(path);
     place.resize(place.rfind('/') + 1);
-    // A short name, since that of the file may be as long as names can be. It can only be taken by what an
-    // earlier process of this number has left.
+    // A short name, since the file's own may be as long as names can be. Only a file left by an earlier
+    // process with this number can have it.
     static const std::string process = std::to_string(getpid());
     place += ".tvxconv-" + process + '-';
     for (int attempt = 0; attempt < 1000; ++attempt) {
@@ -359,7 +359,7 @@ std::int64_t copySome(int from, int to, std::size_t size) {
     } while (result == -1 && errno == EINTR);
     if (result != -1) return result;
     switch (errno) {
-        case EBADF:  // a file that is open for appending, too
+        case EBADF:  // also a file that is open for appending
         case EXDEV:
         case EINVAL:
         case ENOSYS:

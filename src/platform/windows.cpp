@@ -1,8 +1,8 @@
 // windows.cpp
 //
-// platform.h for Windows, on the C runtime's descriptors and the byte-string half of the system's API.
-// The system ignores letter case by itself, so no path is searched for here. Failures of the runtime come
-// with an errno value; those of the API are turned into one, so that callers see one kind of number.
+// platform.h for Windows, on the C runtime's descriptors and the byte-string functions of the system's API.
+// The system itself ignores letter case, so no path is searched for here. The runtime fails with an errno
+// value; errors of the API are turned into one, so that callers see one kind of number.
 
 #include "platform/platform.h"
 
@@ -39,7 +39,7 @@ int closeWith(int descriptor, int error) {
     return error;
 }
 
-// The errno value that says the same as an error of the API; never 0.
+// The errno value for an error of the API; never 0.
 int errorNumber(DWORD error) {
     switch (error) {
         case ERROR_FILE_NOT_FOUND:
@@ -91,7 +91,7 @@ int errorOfCall(BOOL succeeded) {
     return succeeded ? 0 : errorNumber(GetLastError());
 }
 
-// The runtime may end the program when it is handed a number that cannot be a descriptor.
+// The runtime may end the program if it gets a number that cannot be a descriptor.
 bool canBeDescriptor(int descriptor) {
     if (descriptor >= 0) return true;
     errno = EBADF;
@@ -108,7 +108,7 @@ int runtimeMode(FileMode mode) {
     return (mode == FileMode::text ? _O_TEXT : _O_BINARY) | _O_NOINHERIT;
 }
 
-// Of the nine bits the system keeps one: whether the owner may write.
+// The system keeps only one of the nine bits: whether the owner may write.
 int runtimePermissions(unsigned permissions) {
     return (permissions & 0200U) != 0 ? _S_IREAD | _S_IWRITE : _S_IREAD;
 }
@@ -142,7 +142,7 @@ int statusOf(HANDLE handle, FileStatus& status) {
     return 0;
 }
 
-// "\" as "/". In some code pages the second byte of a character looks like a "\" and is left alone.
+// Turns "\" into "/". In some code pages the second byte of a character looks like a "\" and is left alone.
 std::string withForwardSlashes(std::string path) {
     for (std::size_t i = 0; i < path.size(); ++i) {
         if (IsDBCSLeadByte(static_cast<BYTE>(path[i]))) {
@@ -168,8 +168,8 @@ bool nameComesBefore(const std::string& a, const std::string& b) {
     return a < b;
 }
 
-// Where the program or library lies that this code has become part of, with a separator at its end; empty
-// when that cannot be told.
+// The folder of the program or library that contains this code, with a separator at its end; empty if it
+// cannot be found out.
 std::string folderOfThisCode() {
     HMODULE self = nullptr;
     constexpr DWORD flags =
@@ -178,20 +178,20 @@ std::string folderOfThisCode() {
     char path[MAX_PATH];
     const DWORD length = GetModuleFileNameA(self, path, MAX_PATH);
     if (length == 0 || length == MAX_PATH) return {};
-    // LoadLibraryA wants the system's own separators, so the path is cut as it came.
+    // LoadLibraryA needs the system's own separators, so the path is cut but not changed.
     const std::string file(path, length);
     return file.substr(0, withForwardSlashes(file).rfind('/') + 1);
 }
 
 void passSignalOn(int number) {
-    std::signal(number, passSignalOn);  // the runtime takes a handler out before it calls it
+    std::signal(number, passSignalOn);  // the runtime removes a handler before it calls it
     interruptHandler.load()();
 }
 
 BOOL WINAPI passConsoleEventOn(DWORD event) {
     interruptHandler.load()();
-    // When the window closes, the user logs off or the machine shuts down, the program is ended as soon as
-    // this thread returns. The system waits some seconds for it; those belong to the main thread.
+    // When the window closes, the user logs off or the machine shuts down, the program ends as soon as this
+    // thread returns. The system waits a few seconds for it: leave them to the main thread.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(INFINITE);
     return TRUE;
 }
@@ -205,8 +205,8 @@ bool isSameFile(const FileStatus& a, const FileStatus& b) {
 
 int getStatus(const char* path, FileStatus& status) {
     status = FileStatus();
-    // No access is asked for, so a file that another program has locked answers too; the flag lets
-    // folders be opened.
+    // No access is requested, so the status of a file locked by another program can be read too; the flag
+    // allows folders to be opened.
     const HANDLE handle = CreateFileA(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return errorNumber(GetLastError());
@@ -234,7 +234,7 @@ std::string followLinks(const std::string& path) {
     CloseHandle(handle);
     if (length == 0 || length >= sizeof target) return path;
     std::string result(target, length);
-    // The system marks such paths as long ones: \\?\C:\x, \\?\UNC\machine\x.
+    // The system gives long paths a prefix: \\?\C:\x, \\?\UNC\machine\x.
     if (result.starts_with("\\\\?\\UNC\\")) {
         result.replace(0, 8, "\\\\");
     } else if (result.starts_with("\\\\?\\")) {
@@ -263,7 +263,7 @@ std::string absolutePath(const std::string& path) {
     const char* asked = path.empty() ? "." : path.c_str();
     std::string result;
     DWORD needed = GetFullPathNameA(asked, 0, nullptr, nullptr);
-    // The current folder, and with it the length, may change between the calls.
+    // The current folder, and so the length, may change between the calls.
     while (needed > result.size()) {
         result.resize(needed);
         needed = GetFullPathNameA(asked, needed, result.data(), nullptr);
@@ -300,7 +300,7 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     if (!pattern.ends_with('/') && !pattern.ends_with(':')) pattern += '/';
     pattern += '*';
 
-    // The root of a drive has neither entry, and an empty one yields nothing at all.
+    // A drive's root lists neither of these, and an empty drive lists nothing at all.
     names = {".", ".."};
     const auto isListed = [](std::string_view name) { return name == "." || name == ".."; };
     WIN32_FIND_DATAA entry{};
@@ -325,7 +325,7 @@ int listFolder(const char* path, std::vector<std::string>& names) {
     return 0;
 }
 
-// The system finds names in any case by itself: none are remembered.
+// The system itself finds names in any case: nothing to remember.
 struct RememberedFolders::Index {};
 RememberedFolders::RememberedFolders() = default;
 RememberedFolders::~RememberedFolders() = default;
@@ -370,8 +370,8 @@ int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, s
     if (isStopped()) return ECANCELED;
     std::string place = withForwardSlashes(path);
     place.resize(place.rfind('/') + 1);
-    // A short name, since that of the file may be as long as names can be. It can only be taken by what an
-    // earlier process of this number has left.
+    // A short name, since the file's own may be as long as names can be. Only a file left by an earlier
+    // process with this number can have it.
     place += ".tvxconv-" + std::to_string(GetCurrentProcessId()) + '-';
     for (int attempt = 0; attempt < 1000; ++attempt) {
         std::string name = place + std::to_string(count++);
@@ -387,8 +387,8 @@ int openTemporaryBeside(const char* path, FileMode mode, unsigned permissions, s
     return EEXIST;
 }
 
-// The runtime counts bytes in an int, and in text mode reads fewer than asked for wherever it has dropped
-// a "\r": both loops go on until the size is reached or nothing comes any more.
+// The runtime counts bytes in an int, and in text mode reads fewer than asked for if it has dropped a "\r":
+// both loops go on until the size is reached or nothing more comes.
 constexpr std::size_t largestPiece = std::size_t{1} << 30U;
 
 std::int64_t readSome(int descriptor, void* buffer, std::size_t size) {
@@ -455,7 +455,7 @@ int removeFile(const char* path) {
 
 int removeOpened(const char* path) {
     const std::string file = followLinks(path);
-    _chmod(file.c_str(), _S_IREAD | _S_IWRITE);  // a copy of a read-only file cannot be removed otherwise
+    _chmod(file.c_str(), _S_IREAD | _S_IWRITE);  // otherwise a copy of a read-only file cannot be removed
     return errorOf(_unlink(file.c_str()));
 }
 
@@ -486,7 +486,7 @@ std::uint64_t filesWritten() {
 void* loadModule(const char* name) {
     const std::string fileName = std::string(name) + ".dll";
     const std::string folder = folderOfThisCode();
-    // Without this the system may ask the user about a damaged module, in a window of its own.
+    // Otherwise the system may show the user a window about a damaged module.
     DWORD oldMode = 0;
     SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &oldMode);
     HMODULE module = nullptr;
@@ -504,13 +504,13 @@ void onInterrupt(void (*handler)()) {
     const bool isFirst = interruptHandler.exchange(handler) == nullptr;
     if (!isFirst) return;
     for (const int number : {SIGINT, SIGTERM}) std::signal(number, passSignalOn);
-    // After the signals: the handler that was set last is asked first, and the runtime has one of its own.
+    // After the signals: the handler set last is called first, and the runtime has its own.
     SetConsoleCtrlHandler(passConsoleEventOn, TRUE);
 }
 
 bool isTerminal(int descriptor) {
     if (!canBeDescriptor(descriptor) || !_isatty(descriptor)) return false;
-    DWORD mode = 0;  // the null device passes for a terminal with the runtime, but has no console mode
+    DWORD mode = 0;  // the runtime takes the null device for a terminal, but it has no console mode
     return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
 }
 
@@ -518,8 +518,8 @@ void keepGoingAtSizeLimit() {}  // there is no such limit
 
 namespace {
 
-// From one code page to another, by way of the system's own characters. What has no form there is no
-// text: nothing is replaced by something that looks alike.
+// Converts between code pages by way of the system's own characters. A text with a character that has no
+// equivalent fails: it is not replaced by one that looks alike.
 bool convertText(UINT fromPage, const std::string& from, UINT toPage, std::string& to) {
     to.clear();
     if (from.empty()) return true;
@@ -528,7 +528,7 @@ bool convertText(UINT fromPage, const std::string& from, UINT toPage, std::strin
     if (wideSize == 0) return false;
     std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
     MultiByteToWideChar(fromPage, MB_ERR_INVALID_CHARS, from.data(), size, wide.data(), wideSize);
-    // A host's own code page may be UTF-8, too.
+    // The host's own code page may be UTF-8, too.
     const bool toUnicode = toPage == CP_UTF8 || GetACP() == CP_UTF8;
     const DWORD flags = toUnicode ? WC_ERR_INVALID_CHARS : WC_NO_BEST_FIT_CHARS;
     BOOL isReplaced = FALSE;

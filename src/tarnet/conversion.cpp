@@ -1,4 +1,4 @@
-// The driver: which cells of the library are converted, in which order, and where a conversion stops.
+// The driver: which cells of the library are converted, in which order, and which failures end a conversion.
 
 #include "converter/folderNames.h"
 #include "errors/errors.h"

@@ -1,4 +1,4 @@
-// The decks of a cell's profiles. The netlist that they include lies in the new view, two folders above them.
+// The decks of a cell's profiles. They include the netlist, which is in the new view two folders above them.
 
 #include "converter/rewriteDeck.h"
 #include "fsutil/files.h"
@@ -24,7 +24,7 @@ int TarnetProjectConverter::relocateReference(const std::string& sourceDirectory
     const fsutil::Reference written(name);
     result.clear();
     if (written.isRelative()) {
-        // Looked up by its name alone, whatever folders stand before it: the old view is flat.
+        // Looked up by its name alone, whatever folders come before it: the old view is flat.
         const std::string fileName = written.fileName();
         if (fsutil::isPresentFile(sourceDirectory + (written.goesUp() ? "/../" : "/") + fileName)) {
             result = (written.goesUp() ? "../../../" : "../../") + fileName;

@@ -1,5 +1,5 @@
-// The factory of ITarnetProjectConverter. That interface speaks the converter's own types, so its
-// operations need no adapting.
+// The factory of ITarnetProjectConverter. That interface uses the converter's own types, so its operations
+// need no conversion.
 
 #include "interface/ITarnetProjectConverter.h"
 #include "tarnet/TarnetProjectConverter.h"

@@ -28,8 +28,8 @@ bool isView(const std::string& folder) {
 }
 
 std::string newCellFileName(const std::string& cell, const std::string& extension) {
-    // Other files and programs look for these two by the cell's name, so their extensions are spelled alike
-    // in all cells.
+    // Other files and programs look for these two by the cell's name, so their extensions have the same
+    // spelling in all cells.
     for (const char* rewritten : {kNetlist, kOptimizer}) {
         if (equalIgnoringCase(extension, rewritten)) return cell + "." + rewritten;
     }
@@ -46,19 +46,19 @@ namespace {
 
 using fsutil::equalIgnoringCase;
 
-// A file of the old view is handled by the list that its extension is in, which is all that follows the first
-// "." of its name. Default markers ("x-default.mrk") have one that is in no list.
+// The list that contains a file's extension decides how it is handled. The extension is everything after
+// the first "." of the name. Default markers ("x-default.mrk") have one that is in no list.
 
 // Copied under their own names.
 constexpr const char* kCopied[] = {"lib", "prp", "olb",  "err", "ind",  "stl", "stm", "inc",
                                    "obk", "opj", "cmrk", "mkr", "dmap", "map", "bak", "log"};
 
-// Called after the cell. "prp" is in both lists: the cell's own part properties are called after it, those
-// of others keep their names.
+// Named after the cell. "prp" is in both lists: the cell's own part properties are named after it, others
+// keep their names.
 constexpr const char* kOfTheCell[] = {"sim", "net",     "als",       "par",      "opt",      "aap",
                                       "prp", "opt.log", "monte.log", "sens.log", "smoke.log"};
 
-// Called after their profile, whose name their own begins with.
+// Named after their profile: their old names begin with its name.
 constexpr const char* kOfAProfile[] = {"csd",      "dat",      "opt.dat", "mc.dat",  "sens.dat", "opt.csd",
                                        "mc.csd",   "sens.csd", "out",     "out.1",   "opt.out",  "mc.out",
                                        "sens.out", "mrk",      "prb",     "sim.1op", "sim.cir",  "sim.mif"};

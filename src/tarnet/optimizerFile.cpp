@@ -1,5 +1,5 @@
-// The optimizer file of a cell: its "ext" lines name design profiles. One that lies in the old view and is
-// named without a folder comes along; one in a folder stays there and is named from the root.
+// The optimizer file of a cell: its "ext" lines name design profiles. One that is in the old view and named
+// without a folder is copied; one in a folder stays there and gets its absolute path.
 
 #include "converter/fileSteps.h"
 #include "converter/rewriteOptimizerFile.h"
@@ -20,7 +20,7 @@ int TarnetProjectConverter::rewriteOptimizerFile(const std::string& sourcePath,
     return tvxconv::rewriteOptimizerFile(sourcePath, destinationPath, lines);
 }
 
-// 1 when there is no such file.
+// Returns 1 if there is no such file.
 int TarnetProjectConverter::relocateDesignProfile(const std::string& value,
                                                   const std::string& destinationDirectory,
                                                   std::string& reference) const {

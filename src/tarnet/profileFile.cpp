@@ -1,5 +1,5 @@
-// Rewriting a simulation profile file of a cell. The new file lies beside the profile's folder under its old
-// name; the profile is called after it.
+// Rewriting a simulation profile file of a cell. The new file is beside the profile's folder under its old
+// name; the profile has the same name.
 
 #include "converter/outputReference.h"
 #include "converter/rewriteProfile.h"

@@ -1,5 +1,5 @@
-// The relocation of one cell: the folders of its new view, the files that move without a change or with one
-// that another file of this folder makes, and the marker that makes the folder a view.
+// The relocation of one cell: it makes the folders of its new view, moves the files, calling the other
+// files of this folder for those that change, and writes the marker that makes the folder a view.
 
 #include <set>
 
@@ -18,7 +18,7 @@ using namespace tarnet;
 
 using fsutil::equalIgnoringCase;
 
-// Moves files of one cell. The folders of profiles are asked about once.
+// Moves the files of one cell. Each folder of a profile is checked only once.
 class CellRelocation {
 public:
     explicit CellRelocation(TarnetProjectConverter& converter)
@@ -112,7 +112,7 @@ int TarnetProjectConverter::relocateProfileFile(const std::string& sourceDirecto
 }
 
 int TarnetProjectConverter::writeViewMasterTag(const std::string& path) {
-    // In one piece: a view whose marker is there counts as converted.
+    // Written in one piece: a view with a marker counts as converted.
     fsutil::LineWriter writer;
     if (writer.openReplacement(path) != 0) return reportError(ERR_OPEN_FOR_WRITING, path);
     writer.write(newCellFileName(cellName_, kNetlist));

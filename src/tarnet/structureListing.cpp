@@ -1,5 +1,5 @@
-// What the library looks like: the listing of all cells that have both views, whichever run converted them,
-// and the report file.
+// The listing of all cells of the library that have both views, whichever run converted them, and the
+// report file.
 
 #include "converter/folderNames.h"
 #include "converter/guarded.h"
@@ -16,7 +16,7 @@ using namespace tarnet;
 
 namespace {
 
-// Of the old view only these are listed.
+// The only files of the old view that are listed.
 constexpr const char* kListedOldFiles[] = {kViewMarker, "expand.cfg"};
 
 bool isFolder(const std::string& path) {
@@ -25,7 +25,7 @@ bool isFolder(const std::string& path) {
     return flag;
 }
 
-// Lists a folder of the new view and those in it, `levels` deep.
+// Lists a folder of the new view and its sub-folders, `levels` deep.
 void listFolders(const std::string& folder, int levels, std::vector<std::string>& lines) {
     std::vector<std::string> subFolders;
     listFolder(folder, lines, subFolders);
