@@ -216,6 +216,7 @@ TEST(DraftelProjectFile, ACopyThatIsTheFileItselfLeavesTheOldFilesAsTheyAre) {
 }
 
 TEST(DraftelProjectFile, ANameAsLongAsItCanBeIsUpdated) {
+    if (tests::kOnWindows) GTEST_SKIP() << "a whole path is not much longer there";
     for (const std::size_t length : {250U, 255U}) {
         UpdatedProject project;
         const std::string name = std::string(length - 4, 'n') + ".opj";

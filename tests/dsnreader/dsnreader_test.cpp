@@ -52,6 +52,8 @@ TEST_F(DesignReader, FillsTheRootSchematicsInFileOrder) {
         {"\xEF\xBB\xBF{\r\n\t\"rootSchematics\" : [ \"S\" ]\r\n}\r\n", {"S"}},
     };
     for (const auto& c : cases) {
+        // The code page of the system decides about it there; see the tests of the platform.
+        if (tests::kOnWindows && c.schematics == Strings{"\xC3\xA4"}) continue;
         const LoneFile design(c.json, "amp.dsn");
         Strings schematics = {"left", "over", "from", "before"};
         EXPECT_EQ(getDsnInfo(design.path(), "", schematics), 0) << c.json;

@@ -352,6 +352,7 @@ TEST(WobjWriting, ALinkThatLeadsNowhereIsNoProject) {
 }
 
 TEST(WobjWriting, TakesNamesAsLongAsTheyCanBe) {
+    if (tests::kOnWindows) GTEST_SKIP() << "a whole path is not much longer there";
     for (const std::size_t length : {249U, 250U, 255U}) {
         const LoneFile project(kGood, std::string(length - 4, 'n') + ".opj");
         EXPECT_EQ(changeItem(project.path()), 0) << length;

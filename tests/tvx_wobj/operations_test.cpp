@@ -148,6 +148,7 @@ TEST(ReadProjectFileDirectly, MissingKeysReadAsNothing) {
 }
 
 TEST(ReadProjectFileDirectly, EscapedAndWideCharactersComeOutAsUtf8) {
+    if (tests::kOnWindows) GTEST_SKIP() << "texts are in the code page of the system there";
     const LoneFile project(
         projectWith(R"({ "name": "\u00e4\"\/\n", "path": "µ\u0001\ud83d\ude00", "type": "\\" })"));
     EXPECT_EQ(entriesOf(project.path(), "F"), (Strings{"\xC3\xA4\"/\n|\xC2\xB5\x01\xF0\x9F\x98\x80|\\"}));
