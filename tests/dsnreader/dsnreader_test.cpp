@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/TestFolder.h"
 #include "support/builtFiles.h"
 #include "support/wobjProject.h"
 
