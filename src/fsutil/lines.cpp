@@ -29,6 +29,7 @@ void LineReader::reset() {
     failed_ = false;
     lineComplete_ = true;
     lineNumber_ = 0;
+    taken_ = 0;
 }
 
 int LineReader::open(const std::string& path) {
@@ -61,7 +62,9 @@ bool LineReader::fill() {
     const std::int64_t got = platform::readSome(descriptor_, buffer_.get() + rest_.size(), room);
     failed_ = got < 0;
     const std::size_t added = failed_ ? 0 : static_cast<std::size_t>(got);
-    ended_ = added < room;
+    taken_ += added;
+    // Some file systems deliver less than was asked for in the middle of a file, too.
+    ended_ = added == 0 || (added < room && taken_ >= status_.size);
     rest_ = {buffer_.get(), rest_.size() + added};
     return added > 0;
 }

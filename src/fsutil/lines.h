@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -58,6 +59,7 @@ private:
     bool failed_ = false;
     bool lineComplete_ = true;
     std::size_t lineNumber_ = 0;
+    std::uint64_t taken_ = 0;  // bytes, from the file
 };
 
 class LineWriter {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "support/TestFolder.h"
 #include "support/wobjProject.h"
 #include "tvx_wobj/tvx_wobj.h"
 
